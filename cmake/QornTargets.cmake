@@ -1,0 +1,32 @@
+# What all targets of the project share, said once.
+
+# Warnings, sanitizers and the version for TARGET.
+function(qorn_target_settings target)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror)
+  target_compile_definitions(${target} PRIVATE QORN_VERSION="${PROJECT_VERSION}")
+  if(QORN_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${QORN_SANITIZE} -fno-omit-frame-pointer
+                                             -fno-sanitize-recover=all)
+    target_link_options(${target} PUBLIC -fsanitize=${QORN_SANITIZE})
+  endif()
+endfunction()
+
+# One layer of the library: the sources of this folder's src/, its headers in include/, and the
+# layers below it, which are all that it can see.
+function(qorn_layer name)
+  cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;BELOW;LIBRARIES")
+  list(TRANSFORM LAYER_SOURCES PREPEND src/)
+  add_library(${name} OBJECT ${LAYER_SOURCES})
+  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include
+                                     PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  target_link_libraries(${name} PUBLIC ${LAYER_BELOW} PRIVATE ${LAYER_LIBRARIES})
+  qorn_target_settings(${name})
+endfunction()
+
+# A program of the project.
+function(qorn_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 PROGRAM "" "" "SOURCES;LIBRARIES")
+  add_executable(${name} ${PROGRAM_SOURCES})
+  target_link_libraries(${name} PRIVATE ${PROGRAM_LIBRARIES})
+  qorn_target_settings(${name})
+endfunction()

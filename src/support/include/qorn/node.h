@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <qorn/node/nodelist.h>
+
+/// Nodes of a run: where they come from and how their names are folded.
+namespace qorn::node {
+
+/// More hosts than this in one node file or one folded name are refused before they are made.
+inline constexpr std::size_t MOST_HOSTS = 10'000'000;
+
+/// The role words with their place in NODE_ROLES.
+extern const std::map<std::string, int> role_str_map;
+
+/// The installation root: the variable QORN_ROOT, made absolute, when it is set and not empty;
+/// else the directory above the one that this library was loaded from, when that holds
+/// etc/qorn.xml; else the prefix given at build time.
+std::string get_default_path();
+
+/// Reads a node file (a regular file or a pipe) into `list`, one node for each host, in file
+/// order. Blanks in `file` may be escaped by a backslash. Returns false when the file can't be
+/// used, having logged why at level 3: one line for each faulty line, or the system's reason.
+/// `list` is then left as it was.
+bool read_nodefile(const std::string& file, Nodelist& list);
+
+/// Appends the nodes that the resource manager's environment reports, each host once, in order,
+/// with the role "compute". The first variable of SLURM_JOB_NODELIST, PBS_NODEFILE,
+/// LSB_DJOB_HOSTFILE, PE_HOSTFILE and LSB_HOSTS that is set and not empty counts. A value or a
+/// file that can't be used gives one line at level 4 and no node.
+void discoverNodes(std::vector<Node>& nodes);
+
+/// Calls `take` with each host name of `hosts`: host names and folded names such as
+/// node[01-16,20], joined by commas; in a product of brackets the last one runs fastest. Returns
+/// false, with the reason, when `hosts` is malformed, a name is not well-formed, or more than
+/// `most` names would come out; nothing was taken then, but for a name that turns out bad.
+bool expand_hosts(std::string_view hosts, std::size_t most,
+                  const std::function<void(std::string&&)>& take, std::string& reason);
+
+/// The names of `hosts`, or an empty list and the reason.
+std::vector<std::string> expand_hosts(std::string_view hosts, std::string& reason);
+
+/// Folds host names: sorted, each once, runs of equal width united, the last number first. The
+/// expansion of the result has the same names.
+std::string fold_hosts(std::vector<std::string> names);
+
+}  // namespace qorn::node
