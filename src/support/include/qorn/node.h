@@ -23,30 +23,36 @@ extern const std::map<std::string, int> role_str_map;
 /// etc/qorn.xml; else the prefix given at build time.
 std::string get_default_path();
 
-/// Reads a node file (a regular file or a pipe) into `list`, one node for each host, in file
-/// order. Blanks in `file` may be escaped by a backslash. Returns false when the file can't be
-/// used, having logged why at level 3: one line for each faulty line, or the system's reason.
-/// `list` is then left as it was.
+/// Reads a node file (a regular file or a pipe, at most 512 MiB) into `list`, one node for each
+/// host, in file order, with the roles and the subcluster of its line. Blanks in `file` may be
+/// escaped by a backslash. Returns false when the file can't be used, having logged why at level
+/// 3: FILE:LINE and the reason for each faulty line, or FILE and the system's reason. `list` is
+/// then left as it was.
 bool read_nodefile(const std::string& file, Nodelist& list);
 
 /// Appends the nodes that the resource manager's environment reports, each host once, in order,
 /// with the role "compute". The first variable of SLURM_JOB_NODELIST, PBS_NODEFILE,
 /// LSB_DJOB_HOSTFILE, PE_HOSTFILE and LSB_HOSTS that is set and not empty counts. A value or a
-/// file that can't be used gives one line at level 4 and no node.
+/// file that can't be used gives one line at level 4, with the variable and the reason, and no
+/// node.
 void discoverNodes(std::vector<Node>& nodes);
 
-/// Calls `take` with each host name of `hosts`: host names and folded names such as
-/// node[01-16,20], joined by commas; in a product of brackets the last one runs fastest. Returns
-/// false, with the reason, when `hosts` is malformed, a name is not well-formed, or more than
-/// `most` names would come out; nothing was taken then, but for a name that turns out bad.
-bool expand_hosts(std::string_view hosts, std::size_t most,
-                  const std::function<void(std::string&&)>& take, std::string& reason);
+/// Checks `hosts`, host names and folded names such as node[01-16,20] joined by commas, and
+/// counts the names that come out, without making them. Returns false, with the reason, when
+/// `hosts` is malformed, a name is not well-formed, or more than MOST_HOSTS come out.
+bool count_hosts(std::string_view hosts, std::size_t& count, std::string& reason);
 
-/// The names of `hosts`, or an empty list and the reason.
+/// Calls `take` with each host name of `hosts`, which count_hosts has accepted; in a product of
+/// brackets the last one runs fastest. The name lives as long as the call.
+void for_each_host(std::string_view hosts, const std::function<void(std::string_view)>& take);
+
+/// The names of `hosts`, or an empty list and the reason that count_hosts gives.
 std::vector<std::string> expand_hosts(std::string_view hosts, std::string& reason);
 
-/// Folds host names: sorted, each once, runs of equal width united, the last number first. The
-/// expansion of the result has the same names.
-std::string fold_hosts(std::vector<std::string> names);
+/// Folds host names: each once, sorted with numbers by length and value, runs of numbers of equal
+/// width united, the last number of a name first. The expansion of the result has the same names,
+/// and its fold is the same text. Numbers of more than 18 digits stay as they are. Takes n log n
+/// time for n names.
+std::string fold_hosts(const std::vector<std::string>& names);
 
 }  // namespace qorn::node
