@@ -61,6 +61,9 @@ std::string_view name_of(const xmlNode* node);
 /// The text of a node and all that it contains.
 std::string content_of(const xmlNode* node);
 
+/// "FILE:LINE" of a node, for messages; control bytes are escaped.
+std::string place_of(const xmlNode* node);
+
 /// The first child element of that name, or null.
 xmlNode* get_child_node(const xmlNode* node, std::string_view name);
 

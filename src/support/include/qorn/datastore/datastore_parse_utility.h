@@ -15,6 +15,12 @@ namespace qorn::datastore {
 /// whether its read_only field is "true".
 void parse_sqlite_params(const std::string& text, std::string& path, bool& read_only);
 
+/// The `parameters` text of the default source.
+std::string default_source_parameters(bool read_only);
+
+/// The `parameters` text of a source that was named.
+std::string named_source_parameters(const std::string& source, bool read_only);
+
 /// One store of the process.
 struct DataStore {
   /// Bit of `flags`: the store takes part in the run.
@@ -32,7 +38,9 @@ class DataStoreParseUtility {
  public:
   DataStoreParseUtility() = delete;
 
+  /// The installation root, for the datastore extensions of the engines.
   static void set_default_install_path(const std::string& path);
+  static const std::string& get_default_install_path();
 
   /// The configurations that a datastore_extensions element describes, with `default_config` for
   /// what it leaves out; a null node, or an element with nothing in it, gives `default_config`

@@ -1,0 +1,38 @@
+#include <dlfcn.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include <qorn/fs.h>
+#include <qorn/node.h>
+
+namespace qorn::node {
+namespace {
+
+/// The directory above the one that holds this library; empty when it isn't known.
+std::string directory_above_library() {
+  Dl_info info{};
+  if (dladdr(reinterpret_cast<const void*>(&get_default_path), &info) == 0 ||
+      info.dli_fname == nullptr) {
+    return {};
+  }
+  return std::filesystem::path(fs::abspath(info.dli_fname)).parent_path().parent_path();
+}
+
+}  // namespace
+
+std::string get_default_path() {
+  const char* root = std::getenv("QORN_ROOT");
+  if (root != nullptr && *root != '\0') {
+    return fs::abspath(root);
+  }
+  const std::string above = directory_above_library();
+  std::error_code ignored;
+  if (!above.empty() && std::filesystem::exists(above + "/etc/qorn.xml", ignored)) {
+    return above;
+  }
+  return QORN_PREFIX;
+}
+
+}  // namespace qorn::node

@@ -1,0 +1,135 @@
+#include <qorn/xml.h>
+
+#include <libxml/parser.h>
+
+#include <map>
+#include <stdexcept>
+
+#include <qorn/str.h>
+
+namespace qorn::xml {
+namespace {
+
+struct TextDeleter {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using TextPtr = std::unique_ptr<xmlChar, TextDeleter>;
+
+}  // namespace
+
+xmlNode* root_of(const DocumentPtr& doc) {
+  return xmlDocGetRootElement(doc.get());
+}
+
+std::string char_to_str(const xmlChar* text) {
+  return text == nullptr ? std::string() : reinterpret_cast<const char*>(text);
+}
+
+bool char_cmp_str(const xmlChar* xml_text, std::string_view text) {
+  return xml_text != nullptr && reinterpret_cast<const char*>(xml_text) == text;
+}
+
+std::string_view name_of(const xmlNode* node) {
+  return reinterpret_cast<const char*>(node->name);
+}
+
+std::string content_of(const xmlNode* node) {
+  // An element that holds one piece of text, or none, is the common case.
+  if (node != nullptr && node->type == XML_ELEMENT_NODE) {
+    const xmlNode* only = node->children;
+    if (only == nullptr) {
+      return {};
+    }
+    if (only->next == nullptr && only->type == XML_TEXT_NODE) {
+      return char_to_str(only->content);
+    }
+  }
+  const TextPtr text(node == nullptr ? nullptr : xmlNodeGetContent(node));
+  return char_to_str(text.get());
+}
+
+std::string place_of(const xmlNode* node) {
+  const std::string file = node->doc == nullptr ? "" : char_to_str(node->doc->URL);
+  return str::printable(file) + ":" + std::to_string(xmlGetLineNo(node));
+}
+
+xmlNode* get_child_node(const xmlNode* node, std::string_view name) {
+  for (xmlNode* child : Elements(node)) {
+    if (name_of(child) == name) {
+      return child;
+    }
+  }
+  return nullptr;
+}
+
+std::vector<xmlNode*> get_child_nodes(const xmlNode* node, std::string_view name) {
+  std::vector<xmlNode*> children;
+  for (xmlNode* child : Elements(node)) {
+    if (name_of(child) == name) {
+      children.push_back(child);
+    }
+  }
+  return children;
+}
+
+int get_num_element_children(const xmlNode* node) {
+  int count = 0;
+  for ([[maybe_unused]] const xmlNode* child : Elements(node)) {
+    ++count;
+  }
+  return count;
+}
+
+std::string get_str(const xmlNode* node, std::string_view name, const std::string& default_text) {
+  const xmlNode* child = get_child_node(node, name);
+  return child == nullptr ? default_text : content_of(child);
+}
+
+std::vector<std::string> get_str_list(const xmlNode* node, std::string_view name) {
+  std::vector<std::string> texts;
+  for (const xmlNode* child : Elements(node)) {
+    if (name_of(child) == name) {
+      texts.push_back(content_of(child));
+    }
+  }
+  return texts;
+}
+
+bool get_txt(const xmlNode* node, std::string& text) {
+  text = content_of(node);
+  return !text.empty();
+}
+
+bool get_attr(const xmlNode* node, const char* name, std::string& value) {
+  const TextPtr text(
+      node == nullptr ? nullptr : xmlGetProp(node, reinterpret_cast<const xmlChar*>(name)));
+  if (text == nullptr) {
+    return false;
+  }
+  value = char_to_str(text.get());
+  return true;
+}
+
+bool get_attr_value(const xmlAttr* attribute, std::string& value) {
+  const TextPtr text(xmlNodeListGetString(attribute->doc, attribute->children, 1));
+  value = char_to_str(text.get());
+  return !value.empty();
+}
+
+templates::DataPt_TYPES get_mapped_type(const std::string& entry, const std::string& word) {
+  using templates::DataPt_TYPES;
+  static const std::map<std::string, DataPt_TYPES> TYPES = {
+      {"LONG", DataPt_TYPES::LONG},     {"long", DataPt_TYPES::LONG},
+      {"DOUBLE", DataPt_TYPES::DOUBLE}, {"double", DataPt_TYPES::DOUBLE},
+      {"STRING", DataPt_TYPES::STRING}, {"string", DataPt_TYPES::STRING},
+      {"SYMBOL", DataPt_TYPES::SYMBOL}, {"symbol", DataPt_TYPES::SYMBOL},
+      {"MULTI", DataPt_TYPES::MULTI},   {"multi", DataPt_TYPES::MULTI}};
+  const auto found = TYPES.find(word);
+  if (found == TYPES.end()) {
+    throw std::invalid_argument("Unknown type '" + word + "' for the type map entry '" + entry +
+                                "'.");
+  }
+  return found->second;
+}
+
+}  // namespace qorn::xml

@@ -1,0 +1,354 @@
+#include <qorn/xml/document.h>
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+#include <libxml/xmlerror.h>
+#include <libxml/xmlschemas.h>
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <new>
+#include <tuple>
+
+#include <qorn/fs.h>
+#include <qorn/log/error_log.h>
+#include <qorn/str.h>
+
+namespace qorn::xml {
+namespace {
+
+constexpr std::size_t MOST_BYTES = 100'000'000;
+/// A document can have a fault in every element; nobody reads more than these.
+constexpr std::size_t MOST_FAULTS = 1000;
+
+struct ParserDeleter {
+  void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
+};
+struct SchemaDeleter {
+  void operator()(xmlSchema* schema) const { xmlSchemaFree(schema); }
+};
+struct SchemaParserDeleter {
+  void operator()(xmlSchemaParserCtxt* parser) const { xmlSchemaFreeParserCtxt(parser); }
+};
+struct ValidatorDeleter {
+  void operator()(xmlSchemaValidCtxt* validator) const { xmlSchemaFreeValidCtxt(validator); }
+};
+using ParserPtr = std::unique_ptr<xmlParserCtxt, ParserDeleter>;
+
+/// A compiled schema refers to the nodes of its document.
+struct Schema {
+  DocumentPtr doc;
+  std::unique_ptr<xmlSchema, SchemaDeleter> compiled;
+};
+
+/// What the outermost RunScope keeps.
+struct RunState {
+  int depth = 0;
+  ParserPtr parser;
+  std::map<std::string, std::shared_ptr<Schema>> schemas;
+
+  void drop() {
+    schemas.clear();
+    parser.reset();
+  }
+};
+
+RunState& run_state() {
+  static RunState state;
+  return state;
+}
+
+/// libxml2's words where they name its own options or functions, said for a document's author.
+std::string plain_words(std::string_view words) {
+  if (words.find("Excessive depth") != std::string_view::npos) {
+    return "elements are nested deeper than the limit of 256 levels";
+  }
+  if (words.find("huge text node") != std::string_view::npos) {
+    return "a text is longer than the limit of 10,000,000 bytes";
+  }
+  if (words.find("XML_PARSE_HUGE") != std::string_view::npos ||
+      words.find("Huge input lookup") != std::string_view::npos) {
+    return "a name, a value or a comment is longer than the parser's limit";
+  }
+  if (words.find("Detected an entity reference loop") != std::string_view::npos) {
+    return "entities expand to more than the parser's limit";
+  }
+  return str::stripws(words);
+}
+
+/// While one lives, libxml2 hands its errors over instead of printing them.
+class FaultCollector {
+ public:
+  /// `file` is where faults are that name no file of their own.
+  FaultCollector(std::string file, std::vector<Fault>& faults)
+      : file_(std::move(file)),
+        faults_(faults),
+        first_(faults.size()),
+        previous_context_(xmlStructuredErrorContext),
+        previous_(xmlStructuredError) {
+    xmlSetStructuredErrorFunc(this, &FaultCollector::take);
+  }
+  FaultCollector(const FaultCollector&) = delete;
+  FaultCollector& operator=(const FaultCollector&) = delete;
+  ~FaultCollector() { xmlSetStructuredErrorFunc(previous_context_, previous_); }
+
+  void add(Fault fault) {
+    fault.file = fault.file.empty() ? file_ : fault.file;
+    const auto same = [&](const Fault& other) {
+      return other.line == fault.line && other.text == fault.text && other.file == fault.file;
+    };
+    if (faults_.size() - first_ == MOST_FAULTS) {
+      fault = {file_, 0, 0, Fault::Severity::ERROR, "further faults are not shown"};
+    } else if (faults_.size() - first_ > MOST_FAULTS) {
+      return;
+    }
+    // libxml2 repeats a fault at once or not at all.
+    const auto recent = faults_.size() > first_ + 8 ? faults_.end() - 8
+                                                    : faults_.begin() + static_cast<long>(first_);
+    if (std::none_of(recent, faults_.end(), same)) {
+      faults_.push_back(std::move(fault));
+    }
+  }
+
+  /// Makes sure that a failure has a reason, and passes on what the handler couldn't throw
+  /// through libxml2.
+  void fail(const std::string& reason) {
+    if (out_of_memory_) {
+      throw std::bad_alloc();
+    }
+    const auto is_error = [](const Fault& f) { return f.severity == Fault::Severity::ERROR; };
+    if (std::none_of(faults_.begin() + static_cast<long>(first_), faults_.end(), is_error)) {
+      add({{}, 0, 0, Fault::Severity::ERROR, reason});
+    }
+  }
+
+  /// Replaces everything that was collected here by one fault.
+  void replace_by(Fault fault) {
+    faults_.resize(first_);
+    add(std::move(fault));
+  }
+
+  void follow_includes() { follow_includes_ = true; }
+
+ private:
+  static void take(void* self, xmlError* error) {
+    auto* collector = static_cast<FaultCollector*>(self);
+    try {
+      collector->take_error(*error);
+    } catch (const std::bad_alloc&) {
+      collector->out_of_memory_ = true;
+    }
+  }
+
+  void take_error(const xmlError& error) {
+    Fault fault;
+    if (follow_includes_ && error.file != nullptr) {
+      fault.file = error.file;
+    }
+    const auto* node = static_cast<const xmlNode*>(error.node);
+    const bool has_node = node != nullptr && node->type == XML_ELEMENT_NODE;
+    fault.line = has_node ? xmlGetLineNo(node) : error.line;
+    fault.line = std::max(fault.line, 0L);
+    fault.column = error.domain == XML_FROM_PARSER ? std::max(error.int2, 0) : 0;
+    fault.severity =
+        error.level == XML_ERR_WARNING ? Fault::Severity::WARNING : Fault::Severity::ERROR;
+    fault.text = plain_words(error.message == nullptr ? "unknown fault" : error.message);
+    add(std::move(fault));
+  }
+
+  std::string file_;
+  std::vector<Fault>& faults_;
+  std::size_t first_;
+  void* previous_context_;
+  xmlStructuredErrorFunc previous_;
+  bool follow_includes_ = false;
+  bool out_of_memory_ = false;
+};
+
+/// Where the parser met the first entity declaration; 0 is nowhere.
+struct EntityDeclaration {
+  long line = 0;
+};
+
+void note_entity(void* context, const xmlChar* /*name*/, int /*type*/, const xmlChar* /*public_id*/,
+                 const xmlChar* /*system_id*/, xmlChar* /*content*/) {
+  auto* parser = static_cast<xmlParserCtxt*>(context);
+  auto* declaration = static_cast<EntityDeclaration*>(parser->_private);
+  if (declaration->line == 0) {
+    declaration->line = std::max(xmlSAX2GetLineNumber(context), 1);
+  }
+  xmlStopParser(parser);
+}
+
+DocumentPtr parse(xmlParserCtxt& parser, const std::string& content, const std::string& file,
+                  FaultCollector& collector) {
+  EntityDeclaration entity;
+  parser._private = &entity;
+  parser.sax->entityDecl = note_entity;
+  DocumentPtr doc(xmlCtxtReadMemory(&parser, content.data(), static_cast<int>(content.size()),
+                                    file.c_str(), nullptr,
+                                    XML_PARSE_NONET | XML_PARSE_BIG_LINES | XML_PARSE_COMPACT));
+  parser._private = nullptr;
+  if (entity.line != 0) {
+    collector.replace_by({{},
+                          entity.line,
+                          0,
+                          Fault::Severity::ERROR,
+                          "the document declares an entity, which no document may do"});
+    return nullptr;
+  }
+  if (doc != nullptr && xmlDocGetRootElement(doc.get()) == nullptr) {
+    doc.reset();
+  }
+  if (doc == nullptr) {
+    collector.fail("not a well-formed document");
+  }
+  return doc;
+}
+
+ParserPtr new_parser() {
+  ParserPtr parser(xmlNewParserCtxt());
+  if (parser == nullptr) {
+    throw std::bad_alloc();
+  }
+  return parser;
+}
+
+std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault>& faults) {
+  auto schema = std::make_shared<Schema>();
+  schema->doc = read_document(xsd, faults);
+  if (schema->doc == nullptr) {
+    return nullptr;
+  }
+  FaultCollector collector(str::unescape_blanks(xsd), faults);
+  collector.follow_includes();
+  const std::unique_ptr<xmlSchemaParserCtxt, SchemaParserDeleter> parser(
+      xmlSchemaNewDocParserCtxt(schema->doc.get()));
+  if (parser == nullptr) {
+    throw std::bad_alloc();
+  }
+  schema->compiled.reset(xmlSchemaParse(parser.get()));
+  if (schema->compiled == nullptr) {
+    collector.fail("not a usable schema");
+    return nullptr;
+  }
+  return schema;
+}
+
+std::shared_ptr<Schema> schema_of(const std::string& xsd, std::vector<Fault>& faults) {
+  RunState& state = run_state();
+  const auto known = state.schemas.find(xsd);
+  if (known != state.schemas.end()) {
+    return known->second;
+  }
+  std::shared_ptr<Schema> schema = compile_schema(xsd, faults);
+  if (schema != nullptr && state.depth > 0) {
+    state.schemas[xsd] = schema;
+  }
+  return schema;
+}
+
+bool validate(xmlDoc& doc, xmlSchema& schema, const std::string& file,
+              std::vector<Fault>& faults) {
+  FaultCollector collector(file, faults);
+  const std::unique_ptr<xmlSchemaValidCtxt, ValidatorDeleter> validator(
+      xmlSchemaNewValidCtxt(&schema));
+  if (validator == nullptr) {
+    throw std::bad_alloc();
+  }
+  if (xmlSchemaValidateDoc(validator.get(), &doc) != 0) {
+    collector.fail("the document could not be validated");
+    return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string to_string(const Fault& fault) {
+  std::string text = str::printable(fault.file);
+  if (fault.line > 0) {
+    text.append(":").append(std::to_string(fault.line));
+  }
+  return text.append(": ").append(str::printable(fault.text));
+}
+
+void report(const std::vector<Fault>& faults) {
+  std::map<std::string, bool> reported;
+  for (const Fault& fault : faults) {
+    const std::string line = to_string(fault);
+    if (reported.emplace(line, true).second) {
+      const bool is_error = fault.severity == Fault::Severity::ERROR;
+      log::ErrorLog(is_error ? log::level::ERROR : log::level::WARNING).stream() << line;
+    }
+  }
+}
+
+DocumentPtr read_document(const std::string& path, std::vector<Fault>& faults) {
+  const std::string file = str::unescape_blanks(path);
+  std::string content;
+  std::string reason;
+  if (!fs::read_regular_file(file, MOST_BYTES, content, reason)) {
+    faults.push_back({file, 0, 0, Fault::Severity::ERROR, reason});
+    return nullptr;
+  }
+  FaultCollector collector(file, faults);
+  if (content.empty()) {
+    collector.fail("the document is empty");
+    return nullptr;
+  }
+  RunState& state = run_state();
+  if (state.depth == 0) {
+    return parse(*new_parser(), content, file, collector);
+  }
+  if (state.parser == nullptr) {
+    state.parser = new_parser();
+  }
+  return parse(*state.parser, content, file, collector);
+}
+
+DocumentPtr read_valid_document(const std::string& path, const std::string& xsd,
+                                std::vector<Fault>& faults) {
+  DocumentPtr doc = read_document(path, faults);
+  if (doc == nullptr) {
+    return nullptr;
+  }
+  const std::shared_ptr<Schema> schema = schema_of(xsd, faults);
+  if (schema == nullptr ||
+      !validate(*doc, *schema->compiled, str::unescape_blanks(path), faults)) {
+    return nullptr;
+  }
+  return doc;
+}
+
+DocumentPtr open_valid_document(const std::string& path, const std::string& xsd) {
+  std::vector<Fault> faults;
+  DocumentPtr doc = read_valid_document(path, xsd, faults);
+  report(faults);
+  return doc;
+}
+
+bool open_and_validate(const std::string& path, const std::string& xsd, xmlDoc*& doc) {
+  doc = open_valid_document(path, xsd).release();
+  return doc != nullptr;
+}
+
+RunScope::RunScope() {
+  ++run_state().depth;
+}
+
+RunScope::~RunScope() {
+  RunState& state = run_state();
+  if (--state.depth == 0) {
+    state.drop();
+  }
+}
+
+void cleanup_parser() {
+  run_state().drop();
+  xmlCleanupParser();
+}
+
+}  // namespace qorn::xml
