@@ -1,0 +1,109 @@
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include <qorn/log/error_log.h>
+#include <qorn/preproc/clips_parser.h>
+#include <qorn/str.h>
+
+#include "clips_file.h"
+#include "ecma_pattern.h"
+
+namespace qorn::preproc::clips_parser {
+namespace {
+
+bool starts_rule(std::string_view line) {
+  static const EcmaPattern pattern(R"re(^\s*\(\s*(defrule)\s+)re", "defrule");
+  return pattern.matches(line);
+}
+
+bool has_further_alternative(std::string_view line) {
+  static const EcmaPattern pattern(R"re(\"\S+\"\s*\|)re", "|");
+  return pattern.matches(line);
+}
+
+std::string first_quoted(std::string_view text) {
+  static const EcmaPattern pattern(R"re(\"\S*\")re", "\"");
+  const auto found = pattern.find(text);
+  return found ? std::string(found->substr(1, found->size() - 2)) : std::string();
+}
+
+std::string first_id(std::string_view text) {
+  static const EcmaPattern negation(R"re(\(\s*(not).*\))re", "not");
+  static const EcmaPattern slot(R"re(\s*\(\s*(id)\s+\"\S+\")re", "id");
+  if (negation.matches(text)) {
+    return {};
+  }
+  const auto found = slot.find(text);
+  return found ? first_quoted(*found) : std::string();
+}
+
+/// Where the scan of a file stands.
+struct Scan {
+  bool in_conditions = true;
+  bool continued = false;  // the line before ended in an alternative
+  std::vector<std::string> conditions;
+};
+
+void take_condition(std::string_view line, Scan& scan) {
+  std::string id = scan.continued ? first_quoted(line) : first_id(line);
+  if (!id.empty()) {
+    scan.conditions.push_back(std::move(id));
+  }
+  scan.continued = has_further_alternative(line);
+}
+
+void take_conclusion(std::string_view line, const Scan& scan, Config& config) {
+  const std::string id = first_id(line);
+  if (!id.empty()) {
+    auto& signs = config.diagnosis_signs[id];
+    signs.insert(signs.end(), scan.conditions.begin(), scan.conditions.end());
+  }
+}
+
+// The rest of a line that starts a rule or holds the arrow isn't looked at.
+void scan_line(std::string_view line, Scan& scan, Config& config) {
+  if (line.starts_with(';')) {
+    return;
+  }
+  if (starts_rule(line)) {
+    scan.in_conditions = true;
+    scan.conditions.clear();
+  } else if (holds(line, "=>")) {
+    scan.in_conditions = false;
+  } else if (scan.in_conditions) {
+    take_condition(line, scan);
+  } else {
+    take_conclusion(line, scan, config);
+  }
+}
+
+}  // namespace
+
+void parse_diagnoses(const std::string& file, Config& config) {
+  const ClipsFile content = read_clips_file(file);
+  Scan scan;
+  Lines lines(content.text);
+  std::string_view line;
+  while (lines.next(line)) {
+    scan_line(line, scan, config);
+  }
+  if (content.state != ClipsFile::State::FAILED) {
+    return;
+  }
+  if (!content.reason.empty()) {
+    log::ErrorLog(log::level::ERROR).stream() << str::printable(file) << ": " << content.reason;
+  }
+  log::ErrorLog(log::level::ERROR).stream() << "Error closing file " << file;
+}
+
+std::string match_quotes(const std::string& text) {
+  return first_quoted(text);
+}
+
+std::string find_id(const std::string& text) {
+  return first_id(text);
+}
+
+}  // namespace qorn::preproc::clips_parser

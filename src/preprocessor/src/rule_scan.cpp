@@ -1,0 +1,190 @@
+#include "rule_scan.h"
+
+#include <optional>
+#include <regex>
+#include <stdexcept>
+#include <utility>
+
+#include <qorn/str.h>
+
+#include "ecma_pattern.h"
+
+namespace qorn::preproc::clips_parser {
+namespace {
+
+constexpr std::string_view DEFRULE = "defrule";
+constexpr std::size_t MOST_QUOTED_BYTES = 200;  // of a document's text in a message
+
+std::string without_quotes(std::string_view quoted) {
+  return std::string(quoted.substr(1, quoted.size() - 2));
+}
+
+/// The rule file's own words for the name of a rule: everything up to the first blank.
+std::optional<std::string_view> find_defrule(std::string_view line) {
+  static const EcmaPattern pattern(R"re(\s*\({1}(defrule){1}\s+\S+)re", "(defrule");
+  return pattern.find(line);
+}
+
+bool is_negated(std::string_view line) {
+  static const EcmaPattern pattern(R"re(\({1}\s*(not){1}.*\){1})re", "not");
+  return pattern.matches(line);
+}
+
+/// The value of an id slot with a literal text.
+std::optional<std::string> find_literal_id(std::string_view line) {
+  static const EcmaPattern slot(R"re(\(\s*id\s+\"\S*\"\s*\))re", "\"");
+  static const EcmaPattern quoted(R"re(\"\S*\")re");
+  const auto found = slot.find(line);
+  return found ? std::optional(without_quotes(*quoted.find(*found))) : std::nullopt;
+}
+
+/// The variable of an id slot, with its question mark.
+std::optional<std::string_view> find_variable(std::string_view line) {
+  static const EcmaPattern slot(R"re(\({1}\s*(id){1}\s+\?{1}\S+\s*\){1})re", "?");
+  static const EcmaPattern variable(R"re(\?[^\s\)]+)re");
+  const auto found = slot.find(line);
+  return found ? variable.find(*found) : std::nullopt;
+}
+
+EcmaPattern make_bind_pattern(std::string_view variable, const std::string& path,
+                              std::size_t line_number) {
+  const std::string pattern = R"re(\({1}\s*(bind){1}\s+\?{1})re" + std::string(variable) +
+                              R"re({1}\s+\"{1}\S+\"{1}\s*\){1})re";
+  try {
+    return EcmaPattern(pattern, "bind");
+  } catch (const std::regex_error&) {
+    throw std::runtime_error(str::printable(path) + ":" + std::to_string(line_number) +
+                             ": the variable '" +
+                             str::printable(variable.substr(0, MOST_QUOTED_BYTES)) +
+                             "' gives no valid search pattern for its bind.");
+  }
+}
+
+/// The pattern of a bind to a variable. It is made once, of the first variable that the process
+/// meets, and every later variable is looked up with it; the question mark of the variable's text
+/// makes the quantifier ahead of it lazy. The text is not quoted: in it, special characters keep
+/// their meaning in a pattern.
+const EcmaPattern& bind_pattern(std::string_view variable, const std::string& path,
+                                std::size_t line_number) {
+  static const EcmaPattern pattern = make_bind_pattern(variable, path, line_number);
+  return pattern;
+}
+
+std::optional<std::string> find_bound_id(const EcmaPattern& bind, std::string_view line) {
+  static const EcmaPattern value(R"re(\"\S+\")re");
+  const auto found = bind.find(line);
+  const auto quoted = found ? value.find(*found) : std::nullopt;
+  return quoted ? std::optional(without_quotes(*quoted)) : std::nullopt;
+}
+
+bool is_comment(std::string_view line) {
+  return line.substr(0, 1) == ";";
+}
+
+}  // namespace
+
+RuleScan::RuleScan(std::string path, std::string kb_dir, std::string text)
+    : path_(std::move(path)),
+      kb_dir_(std::move(kb_dir)),
+      text_(std::move(text)),
+      lines_(text_),
+      bind_lines_(text_) {
+  const std::size_t star = path_.find("* ");
+  rule_.file = star == std::string::npos ? path_ : path_.substr(star + 1);
+}
+
+bool RuleScan::advance(Outcome& outcome) {
+  const std::size_t known = outcome.steps.size();
+  std::string_view line;
+  while (lines_.next(line)) {
+    ++line_number_;
+    if (!is_comment(line)) {
+      scan_line(line, outcome);
+    }
+    if (outcome.steps.size() > known) {
+      return true;
+    }
+  }
+  outcome.rule = rule_;
+  if (!rule_.name.empty()) {
+    outcome.rule.description = description_;
+  }
+  return false;
+}
+
+void RuleScan::scan_line(std::string_view line, Outcome& outcome) {
+  take_name(line);
+  take_ids(line, outcome);
+  take_load(line, outcome);
+  take_text(line);
+}
+
+// The place of the word is taken ahead of the squeezing: with several blanks in front of it the
+// name loses its start.
+void RuleScan::take_name(std::string_view line) {
+  if (const auto found = find_defrule(line)) {
+    rule_.name =
+        str::squeeze(*found, ' ').erase(0, found->find(DEFRULE) + DEFRULE.size() + 1);
+  }
+}
+
+void RuleScan::take_ids(std::string_view line, Outcome& outcome) {
+  if (!holds(line, "id") || is_negated(line)) {
+    return;
+  }
+  if (auto id = find_literal_id(line)) {
+    outcome.steps.push_back({Step::Kind::ID, std::move(*id), rule_.name});
+  } else if (const auto variable = find_variable(line)) {
+    take_bound_ids(*variable, outcome);
+  }
+}
+
+// Every line up to the present one counts, for this variable as for those before. The pattern
+// stays the same, so what an earlier variable has found holds for this one too.
+void RuleScan::take_bound_ids(std::string_view variable, Outcome& outcome) {
+  const EcmaPattern& bind = bind_pattern(variable, path_, line_number_);
+  std::string_view line;
+  while (bind_lines_.position() < lines_.position() && bind_lines_.next(line)) {
+    if (is_comment(line)) {
+      continue;
+    }
+    if (auto id = find_bound_id(bind, line)) {
+      outcome.bound_ids.push_back(std::move(*id));
+    }
+  }
+  if (!outcome.bound_ids.empty()) {
+    outcome.steps.push_back(
+        {Step::Kind::VARIABLE_ID, {}, rule_.name, outcome.bound_ids.size()});
+  }
+}
+
+// Only "(batch* name)" leads to a file: without "* " part of the keyword stays in the name, and
+// double quotes stay too.
+void RuleScan::take_load(std::string_view line, Outcome& outcome) const {
+  if (!line.starts_with("(batch") && !line.starts_with("(load")) {
+    return;
+  }
+  const std::size_t star = line.find("* ");
+  const std::size_t start = (star == std::string_view::npos ? 0 : star) + 2;
+  const std::size_t end = line.find(')');
+  const std::string_view name =
+      end != std::string_view::npos && end > start ? line.substr(start, end - start)
+                                                   : line.substr(start);
+  outcome.steps.push_back({Step::Kind::LOAD, kb_dir_ + "/" + str::stripws(name), {}});
+}
+
+void RuleScan::take_text(std::string_view line) {
+  const bool is_last = line.ends_with('"');
+  in_description_ = in_description_ || line.starts_with("  \"");
+  if (in_description_ || is_last) {
+    for (const char c : line) {
+      if (c != '"') {
+        description_ += c;
+      }
+    }
+    description_ += '\n';
+  }
+  in_description_ = in_description_ && !is_last;
+}
+
+}  // namespace qorn::preproc::clips_parser
