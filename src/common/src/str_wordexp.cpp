@@ -1,7 +1,7 @@
-#include <wordexp.h>
-
 #include <algorithm>
 #include <string_view>
+
+#include <wordexp.h>
 
 #include <qorn/str.h>
 
@@ -77,8 +77,7 @@ std::string unescape_blanks(std::string_view path) {
 }
 
 std::string wordexp(const std::string& text) {
-  if (text.find_first_of(std::string_view(" \t\n\\'\"$`*?[]~|&;<>(){}\0", 21)) ==
-      std::string::npos) {
+  if (text.find_first_of(" \t\n\\'\"$`*?[]~|&;<>(){}") == std::string::npos) {
     return text;
   }
   if (!may_be_expanded(text)) {

@@ -1,0 +1,77 @@
+#include <exception>
+#include <set>
+
+#include <qorn/datastore/datastore_parse_utility.h>
+#include <qorn/log/error_log.h>
+#include <qorn/preproc/config_parser.h>
+#include <qorn/xml.h>
+
+namespace qorn::preproc {
+namespace {
+
+using datastore::DatabaseType;
+using datastore::DataStoreConfig;
+using datastore::DataStoreParseUtility;
+
+/// A run that collects writes, any other only reads.
+bool only_reads(const Config& config) {
+  return (config.operations & operation::COLLECT) == 0;
+}
+
+/// Appends a store for each source of the command line that no record has the name of. A name
+/// given twice is a store twice.
+void add_named_sources(Config& config) {
+  std::set<std::string> known;
+  for (const DataStoreConfig& store : config.datastores) {
+    known.insert(store.name);
+  }
+  DataStoreConfig store;
+  for (const std::string& source : config.db_names) {
+    if (known.count(source) == 0) {
+      store.name = source;
+      store.parameters = datastore::named_source_parameters(source, only_reads(config));
+      config.datastores.push_back(store);
+    }
+  }
+}
+
+}  // namespace
+
+int ConfigParser::parse_tag_db(xmlNode* root, Config& config) {
+  try {
+    if (!config.db_names.empty()) {
+      add_named_sources(config);
+      return 0;
+    }
+    const DataStoreConfig default_config(
+        DatabaseType::SQLITE, datastore::DEFAULT_DATASTORE_NAME,
+        datastore::DEFAULT_DATASTORE_SQLITE_EXTENSION_NAME, "",
+        datastore::default_source_parameters(only_reads(config)));
+    config.datastores = DataStoreParseUtility::parse_db_configs(
+        xml::get_child_node(root, "datastore_extensions"), default_config);
+  } catch (const std::exception& error) {
+    log::ErrorLog(log::level::ERROR).stream() << error.what();
+    return 1;
+  }
+  return 0;
+}
+
+int ConfigParser::configure_tag_db(Config& config) {
+  constexpr unsigned NAMED_SOURCE = 1;
+  DataStoreParseUtility::fillInVacantFields(config.datastores);
+  const datastore::CombinedRType all{{}, config.datastores};
+  std::vector<DatabaseType> types;
+  if (!only_reads(config)) {
+    types.push_back(DatabaseType::SQLITE);
+  }
+  if (!DataStoreParseUtility::get_configurations_by_type(all, NAMED_SOURCE, types, 0)
+           .configurations.empty()) {
+    return 0;
+  }
+  log::ErrorLog(log::level::ERROR).stream()
+      << (only_reads(config) ? "Cannot find any data sources type for 'DATA'.\n"
+                             : "Cannot find any data source of type SQlite 'DATA'.\n");
+  return 1;
+}
+
+}  // namespace qorn::preproc

@@ -1,0 +1,306 @@
+#include <qorn/preproc/fwd_parser.h>
+
+#include <algorithm>
+#include <unordered_set>
+#include <utility>
+
+#include <qorn/fs.h>
+#include <qorn/log/error_log.h>
+#include <qorn/preproc/config_parser.h>
+#include <qorn/str.h>
+#include <qorn/xml.h>
+
+namespace qorn::preproc {
+namespace {
+
+/// One node of the walk whose includes are being followed.
+struct Frame {
+  std::shared_ptr<FwdNode> node;
+  FwdNode::Groups groups;
+  std::size_t group = 0;   // of the next member
+  std::size_t member = 0;  // within that group
+
+  /// The next member to follow, or null behind the last.
+  std::shared_ptr<FwdNode> next() {
+    while (group < groups.size()) {
+      if (member < groups[group].members.size()) {
+        return groups[group].members[member++];
+      }
+      ++group;
+      member = 0;
+    }
+    return nullptr;
+  }
+};
+
+/// The walk's state: the way from the root, and what is listed as ready.
+struct Walk {
+  explicit Walk(FwdRegistry& fwd_registry) : registry(fwd_registry) {
+    for (const auto& node : registry.ready_nodes) {
+      ready.insert(node.get());
+    }
+  }
+
+  void enter(const std::shared_ptr<FwdNode>& node, FwdNode::Groups groups) {
+    node->insert(groups);
+    on_way.insert(node.get());
+    way.push_back({node, std::move(groups)});
+  }
+
+  // Nothing raises blocking_count, so that every node ends up here.
+  void leave() {
+    const std::shared_ptr<FwdNode> node = way.back().node;
+    if ((way.back().groups.empty() || node->blocking_count <= 0) &&
+        ready.insert(node.get()).second) {
+      registry.ready_nodes.push_back(node);
+      node->fwd->state = 2;
+    }
+    on_way.erase(node.get());
+    way.pop_back();
+  }
+
+  FwdRegistry& registry;
+  std::vector<Frame> way;
+  std::unordered_set<const FwdNode*> on_way;
+  std::unordered_set<const FwdNode*> ready;
+};
+
+void link(const std::shared_ptr<FwdNode>& node, const std::shared_ptr<Fwd>& fwd) {
+  node->fwd = fwd;
+  fwd->node = node;
+}
+
+bool is_member(const std::vector<std::shared_ptr<FwdNode>>& list, const FwdNode* node) {
+  return std::any_of(list.begin(), list.end(),
+                     [&](const auto& each) { return each.get() == node; });
+}
+
+int report_cycle(const FwdNode& member, const FwdNode& node) {
+  log::ErrorLog(log::level::ERROR).stream() << "\n Circular depedency detected for "
+                                            << member.fwd->path << " in " << node.fwd->path
+                                            << "\n";
+  return 1;
+}
+
+}  // namespace
+
+int FWDParser::load_fwds(Config& config, bool update) {
+  if (update) {
+    update_defaults(config);
+  }
+  std::vector<std::string> paths;
+  for (const std::string& name : config.fwds->names) {
+    process_fwd(name, paths.emplace_back(), config, false);
+  }
+  for (const std::string& path : paths) {
+    if (recurse_fwd(path, config) == 1) {
+      log::ErrorLog(log::level::DEBUG).stream() << "Runtime error: Could not process " << path;
+      return 1;
+    }
+  }
+  ConfigParser documents;
+  std::vector<xml::Fault> faults;
+  const std::string directory = config.root + "/etc/postprocessor";
+  if (documents.parse_postproc_table_config(config, directory + "/table.xsd", faults) != 1) {
+    xml::report(faults);
+  } else if (documents.parse_postproc_reports_config(config, directory + "/postproc.xsd",
+                                                     faults) == 1) {
+    return 1;
+  }
+  // The knowledge base documents share the reports' schema file.
+  return documents.parse_kb_config(config, directory + "/postproc.xsd") == 1 ? 1 : 0;
+}
+
+int FWDParser::process_fwd(const std::string& name, std::string& path, Config& config,
+                           bool /*flag*/) {
+  const bool is_file = name.size() > 4 && name.compare(name.size() - 4, 4, ".xml") == 0;
+  if (!is_file) {
+    path = config.root + "/etc/fwd/" + name + ".xml";
+  } else if (name.front() != '/') {
+    path = fs::abspath(".") + "/" + name;
+  } else {
+    path = name;
+  }
+  return 0;
+}
+
+int FWDParser::recurse_fwd(const std::string& path, Config& config) {
+  if (path.empty()) {
+    return 1;
+  }
+  auto fwd = std::make_shared<Fwd>();
+  fwd->name = path;
+  compute_name_and_path(*fwd);
+  const auto [entry, added] = config.fwds->by_path.emplace(fwd->path, fwd);
+  if (!added) {
+    config.fwds->roots.push_back(entry->second->node);
+    return 0;
+  }
+  auto node = std::make_shared<FwdNode>();
+  link(node, fwd);
+  node->visited = true;
+  return recurse_fwd_impl(node, config, nullptr, false);
+}
+
+int FWDParser::recurse_fwd_impl(std::shared_ptr<FwdNode>& node, Config& config,
+                                const std::shared_ptr<FwdNode>& parent, bool /*flag*/) {
+  Walk walk(*config.fwds);
+  std::shared_ptr<FwdNode> next = node;
+  std::shared_ptr<FwdNode> above = parent;
+  while (true) {
+    FwdNode::Groups groups;
+    if (read_document(next, config, groups) == 1) {
+      return 1;
+    }
+    if (above != nullptr) {
+      next->parents.push_back(above);
+    } else if (!is_member(config.fwds->roots, next.get())) {
+      config.fwds->roots.push_back(next);
+    }
+    walk.enter(next, std::move(groups));
+    for (next = nullptr; next == nullptr && !walk.way.empty();) {
+      above = walk.way.back().node;
+      next = walk.way.back().next();
+      if (next == nullptr) {
+        walk.leave();
+      } else if (next->visited) {
+        // A node reached again closes a cycle exactly when it still stands on the way here.
+        if (walk.on_way.count(next.get()) != 0) {
+          return report_cycle(*next, *above);
+        }
+        next->parents.push_back(above);
+        next = nullptr;
+      }
+    }
+    if (next == nullptr) {
+      return 0;
+    }
+    next->visited = true;
+  }
+}
+
+int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& config,
+                             FwdNode::Groups& groups) {
+  if (node == nullptr) {
+    return 1;
+  }
+  Fwd& fwd = *node->fwd;
+  log::ErrorLog(log::level::DEBUG).stream() << "Include: " << fwd.path;
+  const xml::DocumentPtr doc = xml::open_valid_document(fwd.path, fwd_xsd);
+  log::ErrorLog(log::level::DEBUG).stream() << "Opening Fwd: " << fwd.path;
+  if (doc == nullptr) {
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Failed to open and validate framework definition " << fwd.path;
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Please use the -X list option to print list of valid frameworks.";
+    return 1;
+  }
+  xmlNode* definition = xml::get_child_node(xml::root_of(doc), "framework_definition");
+  fwd.kb_path = xml::get_str(definition, "kb_path", kb_path);
+  fwd.provider_aux_path = str::wordexp(
+      xml::get_str(definition, "provider_auxiliary_path", provider_aux_path));
+  log::ErrorLog(log::level::DEBUG).stream() << "provider aux path: " << fwd.provider_aux_path;
+  fwd.provider_path = str::wordexp(xml::get_str(definition, "provider_path", provider_path));
+  log::ErrorLog(log::level::DEBUG).stream() << "provider path: " << fwd.provider_path;
+  if (read_tags(definition, doc.get(), fwd, config) == 1) {
+    return 1;
+  }
+  set_fwd_paths(config, fwd);
+  return parse_fwd_groups(config, xml::get_child_node(definition, "includes"), groups,
+                          node->blocking_count);
+}
+
+int FWDParser::read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& config) {
+  const auto failed = [](const char* tag) {
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Failed to parse " << tag << " tag in framework definition";
+    return 1;
+  };
+  if (parse_tag_provider(definition, fwd, config) == 1) {
+    return failed("provider");
+  }
+  parse_tag_kb_mods(definition, fwd, config);  // what can't be scanned doesn't stop a run
+  if (parse_tag_analyze_ext(definition, fwd, doc, config) == 1) {
+    return failed("analyzer extension");
+  }
+  if (parse_tag_postproc_ext(definition, fwd, doc, config) == 1) {
+    return failed("postprocessor extension");
+  }
+  // Catalogs and schemas fail with the same words.
+  if (parse_tag_mesg_catalogs(definition, fwd, doc, config) == 1 ||
+      parse_tag_mesg_schemas(definition, fwd, doc, config) == 1) {
+    return failed("message catalog");
+  }
+  if (parse_tag_description(definition, fwd) == 1) {
+    return failed("description");
+  }
+  if (parse_tag_custom_result(definition, fwd) == 1) {
+    return failed("custom result");
+  }
+  return 0;
+}
+
+int FWDParser::parse_fwd_groups(Config& config, const xmlNode* includes,
+                                std::vector<internal::GroupAttributes<FwdNode>>& groups,
+                                int& blocking_count) {
+  if (includes == nullptr) {
+    return 0;
+  }
+  blocking_count = 0;
+  internal::GroupAttributes<FwdNode> group;
+  group.attributes = {{"dependency_type", "non-blocking"}, {"passing_constraint", "0"}};
+  const std::vector<std::string> names = xml::get_str_list(includes, "include");
+  if (names.empty()) {
+    log::ErrorLog(log::level::DEBUG).stream() << "Empty includes/group tag detected.";
+    return 0;
+  }
+  for (const std::string& name : names) {
+    if (name.empty()) {
+      throw std::out_of_range(xml::place_of(includes) + ": an <include> of this element is empty");
+    }
+    Fwd scratch;
+    scratch.name = name;
+    compute_name_and_path(scratch);
+    std::shared_ptr<Fwd>& fwd = config.fwds->by_path[scratch.path];
+    if (fwd == nullptr) {
+      fwd = std::make_shared<Fwd>();
+      fwd->name = scratch.name;
+      fwd->path = scratch.path;
+      link(std::make_shared<FwdNode>(), fwd);
+    }
+    group.members.push_back(fwd->node);
+  }
+  groups.push_back(group);
+  return 0;
+}
+
+bool FWDParser::check_circ_dependency(Config& /*config*/,
+                                      const std::shared_ptr<FwdNode>& dependency,
+                                      const std::shared_ptr<FwdNode>& current) {
+  if (dependency == nullptr) {
+    return false;
+  }
+  const std::string& path = dependency->fwd->path;
+  if (current != nullptr && current->fwd->path == path) {
+    return true;
+  }
+  std::unordered_set<const FwdNode*> known;
+  std::vector<const FwdNode*> unfinished{dependency.get()};
+  while (!unfinished.empty()) {
+    const FwdNode* node = unfinished.back();
+    unfinished.pop_back();
+    for (const auto& group : node->groups) {
+      for (const auto& member : group.members) {
+        if (member->fwd->path == path) {
+          return true;
+        }
+        if (known.insert(member.get()).second) {
+          unfinished.push_back(member.get());
+        }
+      }
+    }
+  }
+  return false;
+}
+
+}  // namespace qorn::preproc

@@ -1,0 +1,174 @@
+#include <algorithm>
+#include <exception>
+#include <stdexcept>
+
+#include <qorn/fs.h>
+#include <qorn/log/error_log.h>
+#include <qorn/preproc/clips_parser.h>
+#include <qorn/preproc/config.h>
+#include <qorn/preproc/fwd_parser.h>
+#include <qorn/str.h>
+#include <qorn/xml.h>
+
+namespace qorn::preproc {
+namespace {
+
+constexpr const char* DEFAULT_RULE_FILE = "health.clp";
+
+/// The name without its directory and ".xml". How much goes behind ".xml" grows with the stem's
+/// length, up to all of it: the bare names that engines know came about this way.
+std::string bare_name(const std::string& written) {
+  std::string name = written.substr(written.rfind('/') + 1);
+  const std::size_t extension = name.rfind(".xml");
+  if (extension != std::string::npos) {
+    name.erase(extension, std::min(extension + 3, name.size() - extension));
+  }
+  return name;
+}
+
+/// Reads a text of a definition; 1, with a line at level 3, when that throws.
+int read_text(const xmlNode* node, const char* name, std::string& text) {
+  try {
+    text = xml::get_str(node, name, "");
+  } catch (const std::exception&) {
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Failed to parse " << name << " tag from framework";
+    return 1;
+  }
+  return 0;
+}
+
+/// The path of the knowledge base document that a kb_mods element names.
+std::string kb_config_path(const xmlNode* kb_mods, const std::string& file, const Config& config) {
+  std::string directory;
+  if (xml::get_attr(kb_mods, "config_path", directory)) {
+    return str::wordexp(directory) + file;  // the directory ends in its own slash
+  }
+  return str::wordexp(config.root + "/etc/kb" + "/" + file);
+}
+
+}  // namespace
+
+void FWDParser::set_default_paths(const std::string& fwd_xsd_path, const std::string& analyzer,
+                                  const std::string& kb, const std::string& provider,
+                                  const std::string& provider_aux, const std::string& base) {
+  fwd_xsd = fwd_xsd_path;
+  analyzer_path = analyzer;
+  kb_path = kb;
+  provider_path = provider;
+  provider_aux_path = provider_aux;
+  fwd_base = base;
+}
+
+void FWDParser::update_defaults(const Config& config) {
+  set_default_paths(config.root + "/etc/fwd.xsd", config.root + "/analyzer/qorn64/cpp",
+                    config.root + "/kb", config.root + "/etc/providers",
+                    config.root + "/provider/share", config.root + "/etc");
+}
+
+int FWDParser::compute_name_and_path(Fwd& fwd) {
+  std::string path = fwd.name;
+  if (path.at(0) != '/') {
+    path.insert(0, fwd_base + "/");
+  }
+  fwd.path = fs::abspath(str::wordexp(path));
+  fwd.name = bare_name(fwd.name);
+  return 0;
+}
+
+void FWDParser::set_fwd_paths(const Config& config, Fwd& fwd) {
+  const auto fill = [&](std::string& directory, const char* suffix) {
+    if (directory.empty()) {
+      directory = config.root + suffix;
+    }
+  };
+  fill(fwd.kb_path, "/kb");
+  fill(fwd.provider_path, "/etc/providers");
+  fill(fwd.provider_aux_path, "/provider/share");
+  for (std::string& mod : fwd.kb_mods) {
+    mod = str::stripws(mod);
+    mod = str::wordexp(mod.empty() ? DEFAULT_RULE_FILE : mod);
+    if (mod.empty()) {
+      throw std::out_of_range(fwd.path + ": a <mod> of <kb_mods> expands to nothing");
+    }
+    if (mod.front() != '/') {
+      mod.insert(0, fwd.kb_path + "/");
+    }
+  }
+}
+
+int FWDParser::parse_tag_provider(xmlNode* node, Fwd& fwd, Config& config) {
+  xmlNode* providers = xml::get_child_node(node, "providers");
+  std::string custom_file;
+  if (xml::get_attr(providers, "config_file", custom_file) && !claim_custom_providers(config)) {
+    return 1;
+  }
+  if (providers != nullptr && !parse_provider_tag(providers, fwd, config)) {
+    return 1;
+  }
+  return 0;
+}
+
+int FWDParser::parse_tag_kb_mods(xmlNode* node, Fwd& fwd, Config& config) {
+  const xmlNode* kb_mods = xml::get_child_node(node, "kb_mods");
+  if (kb_mods == nullptr) {
+    return 0;
+  }
+  std::string file;
+  if (xml::get_attr(kb_mods, "config_file", file)) {
+    const std::string path = kb_config_path(kb_mods, file, config);
+    log::ErrorLog(log::level::DEBUG).stream() << "KB config XML: " << path;
+    config.kb_config_files.push_back(path);
+  }
+  for (const std::string& mod : xml::get_str_list(kb_mods, "mod")) {
+    if (std::find(fwd.kb_mods.begin(), fwd.kb_mods.end(), mod) != fwd.kb_mods.end()) {
+      continue;
+    }
+    fwd.kb_mods.push_back(mod);
+    const std::string path = str::wordexp(fwd.kb_path + "/" + mod);
+    if (parse_clips_rules(path, fwd.rules, config, str::wordexp(fwd.kb_path)) == 1) {
+      return 1;
+    }
+  }
+  return 0;
+}
+
+int FWDParser::parse_clips_rules(const std::string& file, std::set<Rule>& rules, Config& config,
+                                 std::string kb_dir) {
+  return clips_parser::parse_clips_rules(file, rules, config, kb_dir);
+}
+
+int FWDParser::parse_tag_analyze_ext(xmlNode* node, Fwd& fwd, xmlDoc* /*doc*/, Config& config) {
+  const xmlNode* child = xml::get_child_node(node, "analyzer_extension");
+  return child == nullptr || xml::parse_aExt_tag(child, fwd, config) ? 0 : 1;
+}
+
+int FWDParser::parse_tag_postproc_ext(xmlNode* node, Fwd& fwd, xmlDoc* /*doc*/, Config& config) {
+  const xmlNode* child = xml::get_child_node(node, "postproc_extensions");
+  if (child == nullptr || xml::parse_pproc_tag(child, fwd.postproc_extensions, config)) {
+    return 0;
+  }
+  log::ErrorLog(log::level::ERROR).stream()
+      << "Failed to parse postproc_extensions tag from framework";
+  return 1;
+}
+
+int FWDParser::parse_tag_mesg_catalogs(xmlNode* node, Fwd& fwd, xmlDoc* /*doc*/, Config& config) {
+  const xmlNode* child = xml::get_child_node(node, "message_catalogs");
+  return child == nullptr || xml::parse_msg_tag(child, fwd, config) ? 0 : 1;
+}
+
+int FWDParser::parse_tag_mesg_schemas(xmlNode* node, Fwd& fwd, xmlDoc* /*doc*/, Config& config) {
+  const xmlNode* child = xml::get_child_node(node, "message_schemas");
+  return child == nullptr || xml::parse_msg_schema_tag(child, fwd, config) ? 0 : 1;
+}
+
+int FWDParser::parse_tag_description(xmlNode* node, Fwd& fwd) {
+  return read_text(node, "fwd_desc", fwd.description);
+}
+
+int FWDParser::parse_tag_custom_result(xmlNode* node, Fwd& fwd) {
+  return read_text(node, "custom_result", fwd.custom_result);
+}
+
+}  // namespace qorn::preproc

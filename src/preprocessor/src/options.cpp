@@ -1,0 +1,360 @@
+#include <qorn/preproc/options.h>
+
+#include <cstdint>
+#include <iostream>
+#include <stdexcept>
+
+#include <qorn/log/error_log.h>
+#include <qorn/log/output_log.h>
+#include <qorn/node/nodelist.h>
+#include <qorn/str.h>
+
+namespace qorn::preproc {
+namespace {
+
+/// Value of --sort-asc and --sort-desc, which have no letter; their row tells them apart.
+constexpr int SORT = 1;
+
+/// Makes getopt_long forget an earlier command line of the process, which may have ended in the
+/// middle of a word.
+void reset_getopt(const std::string& short_options, int first) {
+  char name[] = "qorn";
+  char* argv[] = {name, nullptr};
+  optind = 0;
+  static_cast<void>(getopt_long(1, argv, short_options.c_str(), Options::longopts, nullptr));
+  optind = first;
+}
+
+bool has_flag(const Config& config, std::uint64_t flag) {
+  return (config.option_flags & flag) != 0;
+}
+
+/// Adds the age limit as a parameter; a bad number is reported and passed over.
+void add_data_age(const std::string& value, Config& config) {
+  try {
+    const auto days = static_cast<std::int32_t>(static_cast<std::uint32_t>(std::stoul(value)));
+    if (days == 0) {
+      return;
+    }
+    ConfigParam param;
+    param.name = "data-age-threshold";
+    param.values.push_back(std::to_string(days));
+    config.config_params.push_back(param);
+  } catch (const std::exception&) {
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Invalid value specified for threshold-too-old: " << value << ".";
+  }
+}
+
+bool is_valid_permutation_count(const std::string& value) {
+  if (str::lower(value) == "all") {
+    return true;
+  }
+  const int number = std::stoi(value);
+  // The length refuses trailing letters, a plus sign and leading zeros.
+  return number >= 0 && std::to_string(number).size() == value.size();
+}
+
+}  // namespace
+
+const option Options::longopts[LONG_OPTIONS] = {
+    {"all", no_argument, nullptr, 'a'},
+    {"re-collect-data", no_argument, nullptr, 'C'},
+    {"config", required_argument, nullptr, 'c'},
+    {"db", required_argument, nullptr, 'D'},
+    {"environment-propagation-off", no_argument, nullptr, 'e'},
+    {"machinefile", required_argument, nullptr, 'f'},
+    {"nodelist", required_argument, nullptr, 'f'},
+    {"nodefile", required_argument, nullptr, 'f'},
+    {"framework-definition", required_argument, nullptr, 'F'},
+    {"fwd", required_argument, nullptr, 'F'},
+    {"groupfile", required_argument, nullptr, 'g'},
+    {"grouplist", required_argument, nullptr, 'g'},
+    {"nodegroup", required_argument, nullptr, 'g'},
+    {"help", no_argument, nullptr, 'h'},
+    {"level", required_argument, nullptr, 'l'},
+    {"log-level", required_argument, nullptr, 'l'},
+    {"node-include", required_argument, nullptr, 'n'},
+    {"logfile", required_argument, nullptr, 'o'},
+    {"sort-asc", required_argument, nullptr, SORT},
+    {"sort-desc", required_argument, nullptr, SORT},
+    {"permutations", required_argument, nullptr, 'r'},
+    {"ignore-subclusters", no_argument, nullptr, 'S'},
+    {"threshold-too-old", required_argument, nullptr, 't'},
+    {"version", no_argument, nullptr, 'v'},
+    {"min-severity", required_argument, nullptr, 'x'},
+    {"FWD_description", required_argument, nullptr, 'X'},
+    {"fail-level", required_argument, nullptr, 'z'},
+    {nullptr, 0, nullptr, 0}};
+
+Options::Options() {
+  for (const option& row : longopts) {
+    const char letter = static_cast<char>(row.val);
+    if (row.val <= SORT || short_options.find(letter) != std::string::npos) {
+      continue;
+    }
+    short_options.push_back(letter);
+    if (row.has_arg == required_argument) {
+      short_options.push_back(':');
+    }
+  }
+}
+
+bool Options::parse_args(int argc, char** argv, Config& config) {
+  reset_getopt(short_options, is_command ? 2 : 1);
+  int index = 0;
+  for (int each = getopt_long(argc, argv, short_options.c_str(), longopts, &index); each != -1;
+       each = getopt_long(argc, argv, short_options.c_str(), longopts, &index)) {
+    // Escaped blanks survive the word expansion of paths.
+    const std::string value = optarg == nullptr ? "" : str::replace(optarg, " ", "\\ ");
+    if (!consume(each, config, index, value)) {
+      refuse_option(each, argv[0], config);
+      return false;
+    }
+  }
+  if (optind < argc) {
+    std::string text = "Invalid option flag arguments: ";
+    for (int i = optind; i < argc; ++i) {
+      text.append(argv[i]).append(" ");
+    }
+    log::ErrorLog(log::level::ERROR).stream() << text << "\n";
+    config.option_flags |= option_flag::USAGE;
+    print_handler.print_opts(config);
+    return false;
+  }
+  return true;
+}
+
+// Every function sees every option, whichever of them has consumed it.
+bool Options::consume(int option, Config& config, int index, const std::string& value) {
+  const CommonHelpers::OPERATION_TYPE stage = CommonHelpers::set_to_enum(config);
+  bool consumed = false;
+  if ((stage & CommonHelpers::ANALYZE) != 0) {
+    consumed = parse_args_analyze(option, config, index, value);
+  }
+  if ((stage & CommonHelpers::COLLECT) != 0) {
+    consumed = parse_args_collect(option, config, value) || consumed;
+  }
+  if (stage != CommonHelpers::NEITHER) {
+    consumed = parse_args_common(option, config, value) || consumed;
+  }
+  return parse_args_common_with_all(option, config, value) || consumed;
+}
+
+// A bad value of a known option ends in the same words as an option of the other stage.
+void Options::refuse_option(int option, const char* program, Config& config) {
+  if (option != '?') {
+    const CommonHelpers::OPERATION_TYPE stage = CommonHelpers::set_to_enum(config);
+    if (stage == CommonHelpers::COLLECT) {
+      log::ErrorLog(log::level::ERROR).stream()
+          << program << "-collect: invalid option -- cannot run "
+          << "qorn-collect on analyze only options.";
+    } else if (stage == CommonHelpers::ANALYZE) {
+      log::ErrorLog(log::level::ERROR).stream()
+          << program << "-analyze: invalid option -- cannot run "
+          << "qorn-analyze on collect only options.";
+    }
+    config.option_flags |= option_flag::USAGE;
+  }
+  print_handler.print_opts(config);
+}
+
+bool Options::parse_args_common(int option, Config& config, const std::string& value) {
+  switch (option) {
+    case 'c':
+      config.config_file = value;
+      return true;
+    case 'f':
+      if (config.node_file.empty()) {
+        config.node_file = value;
+      } else {
+        print_handler.print_duplicate("-f/--nodefile", "nodefile");
+      }
+      return true;
+    case 'F':
+      if (!has_flag(config, option_flag::FWD_DESCRIPTION)) {
+        config.option_flags |= option_flag::FWD_GIVEN;
+        config.fwds->names.push_back(value);
+      }
+      return true;
+    case 'l':
+      return setLogLevel(value, config);
+    case 'X':
+      if (has_flag(config, option_flag::FWD_DESCRIPTION)) {
+        print_handler.print_duplicate("-X/--FWD_description", "Framework Definition");
+      } else {
+        config.option_flags |= option_flag::FWD_DESCRIPTION;
+        config.fwds->names.push_back(value);
+      }
+      return true;
+    case '?':
+      config.option_flags |= option_flag::USAGE;
+      return false;
+    default:
+      return false;
+  }
+}
+
+bool Options::parse_args_common_with_all(int option, Config& config, const std::string& value) {
+  switch (option) {
+    case 'D':
+      config.db_names.push_back(value);
+      return true;
+    case 'h':
+      config.option_flags |= option_flag::USAGE;
+      return true;
+    case 'v':
+      config.option_flags |= option_flag::VERSION;
+      return true;
+    case '?':
+      config.option_flags |= option_flag::USAGE;
+      return false;
+    default:
+      return false;
+  }
+}
+
+bool Options::parse_args_collect(int option, Config& config, const std::string& value) {
+  switch (option) {
+    case 'a':
+      if (!has_flag(config, option_flag::FWD_DESCRIPTION)) {
+        config.option_flags |= option_flag::FWD_GIVEN;
+        config.fwds->names.emplace_back("health_base");
+        log::ErrorLog(log::level::ERROR).stream()
+            << "-a/--all has been deprecated. Please use Framework Definitions instead.";
+      }
+      return true;
+    case 'C':
+      config.re_collect = true;
+      return true;
+    case 'e':
+      config.env_propagation = false;
+      return true;
+    case 'r':
+      return setPermutations(value, config);
+    case 'S':
+      config.ignore_subclusters = true;
+      return true;
+    default:
+      return false;
+  }
+}
+
+bool Options::parse_args_analyze(int option, Config& config, int index,
+                                 const std::string& value) {
+  switch (option) {
+    case 'g':
+      if (!config.node_group_file.empty()) {
+        print_handler.print_duplicate("-g/--groupfile", "set the group configuration file");
+      } else {
+        log::OutputLog().stream()
+            << "-g/--groupfile is a beta feature currently in development.\n\n";
+        config.node_group_file = value;
+      }
+      return true;
+    case 'n':
+      if (!node::Nodelist::hostname_valid(value)) {
+        log::ErrorLog(log::level::ERROR).stream()
+            << "Invalid value specified for hostname: " << value;
+        return false;
+      }
+      config.node_include.push_back(value);
+      return true;
+    case 'o':
+      if (config.log_file.empty()) {
+        config.log_file = value;
+      } else {
+        print_handler.print_duplicate("-o/--logfile", "set the logfile");
+      }
+      return true;
+    case 't':
+      add_data_age(value, config);
+      return true;
+    case 'x':
+      log::ErrorLog(log::level::ERROR).stream()
+          << "'-x' has been deprecated. Instead use -z <informational|warning|critical>";
+      config.min_severity = std::stoi(value);
+      return true;
+    case 'z':
+      return setSeverity(value, config.min_severity);
+    case SORT:
+      return add_sort_option(index, config, value);
+    default:
+      return false;
+  }
+}
+
+bool Options::add_sort_option(int index, Config& config, const std::string& value) {
+  const char* name = longopts[index].name;
+  if (name == nullptr) {
+    return true;
+  }
+  const std::string direction = name;
+  if (direction != "sort-asc" && direction != "sort-desc") {
+    return false;
+  }
+  try {
+    add_sort_field(config.sort_fields, direction == "sort-asc", value);
+  } catch (const std::exception& error) {
+    log::ErrorLog(log::level::ERROR).stream() << error.what() << ", exiting.";
+    return false;
+  }
+  return true;
+}
+
+void Options::add_sort_field(std::vector<Sorting>& fields, bool ascending,
+                             const std::string& name) {
+  try {
+    fields.emplace_back(ascending, enums::convert_sorting_field(name));
+  } catch (...) {
+    throw std::invalid_argument("unsupported sort field: '" + name + "'");
+  }
+}
+
+bool Options::setSeverity(const std::string& value, int& severity) {
+  const auto found = SEVERITIES.find(value);
+  if (found == SEVERITIES.end()) {
+    log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for severity: " << value;
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Recognized values are (in increasing order of severity): informational, warning, and "
+           "critical [default = warning].";
+    return false;
+  }
+  severity = found->second.lower_bound;
+  return true;
+}
+
+bool Options::setLogLevel(const std::string& value, Config& config) {
+  const auto found = LOG_LEVELS.find(value);
+  if (found == LOG_LEVELS.end()) {
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Invalid value specified for log-level: " << value;
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Recognized values are (in increasing order of verbosity): alert, critical, error, "
+           "warning, notice, info, debug [default = error].";
+    return false;
+  }
+  config.log_level = value;
+  log::LOG_LEVEL = found->second;
+  if (value == "debug") {
+    config.common_options.debug_log = true;
+  }
+  return true;
+}
+
+bool Options::setPermutations(const std::string& value, Config& config) {
+  if (!is_valid_permutation_count(value)) {
+    log::ErrorLog(log::level::ERROR).stream()
+        << "Invalid value specified for number of nodelist permutations"
+        << " in the command line. Valid values are positive integers,"
+        << " the keyword 'all', or the number 0 to represent all.";
+    return false;
+  }
+  config.num_permutations =
+      str::get_num_permutations_from_string(value, config.num_permutations, "the command line");
+  log::ErrorLog(log::level::DEBUG).stream()
+      << "Over riding XML specified permutations with value: " << config.num_permutations;
+  return true;
+}
+
+}  // namespace qorn::preproc
