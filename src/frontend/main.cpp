@@ -1,0 +1,5 @@
+#include "front_end.h"
+
+int main(int argc, char** argv) {
+  return qorn::frontend::run_program(argc, argv);
+}
