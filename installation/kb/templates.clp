@@ -248,6 +248,10 @@
   (slot remedy (type STRING)))
 
 ; --- Functions ---------------------------------------------------------------------------
+;
+; A rule calls those that look at other facts (limit, usual, agreement, middle, number-of) in a
+; (test ...) behind (phase (stage compare)), or on its right-hand side. Inside a pattern they
+; would run as each fact comes in, ahead of the facts that they are to look at.
 
 ; The number that etc/qorn.xml gives for a parameter, else the default.
 (deffunction limit (?name ?default)

@@ -3,8 +3,8 @@
    fewer than the others has broken or disabled ones, or another setting of
    its firmware."
   (phase (stage compare))
-  (cpu (node_id ?node) (subcluster ?subcluster)
-       (cpu_count ?count&:(<> ?count (usual cpu cpu_count ?subcluster))))
+  (cpu (node_id ?node) (subcluster ?subcluster) (cpu_count ?count))
+  (test (<> ?count (usual cpu cpu_count ?subcluster)))
   =>
   (assert (sign (id "cpu-count-differs") (node_id ?node) (subcluster ?subcluster)
                 (severity 80) (confidence (agreement cpu cpu_count ?subcluster))

@@ -3,7 +3,8 @@
    one has a bad cable, or a port that negotiated badly."
   (phase (stage compare))
   (link_speed (node_id ?node) (subcluster ?subcluster) (interface ?interface)
-    (speed_mbps ?speed&:(<> ?speed (usual link_speed speed_mbps ?subcluster interface ?interface))))
+              (speed_mbps ?speed))
+  (test (<> ?speed (usual link_speed speed_mbps ?subcluster interface ?interface)))
   =>
   (assert (sign (id "link-speed-differs") (node_id ?node) (subcluster ?subcluster)
                 (severity 70)

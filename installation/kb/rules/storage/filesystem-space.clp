@@ -5,7 +5,8 @@
   (phase (stage compare))
   (filesystem (node_id ?node) (subcluster ?subcluster) (mount_point ?mount)
               (fs_type ?type&~"squashfs"&~"iso9660"&~"overlay")
-              (used_percent ?used&:(>= ?used (limit "filesystem-nearly-full" 85))))
+              (used_percent ?used))
+  (test (>= ?used (limit "filesystem-nearly-full" 85)))
   =>
   (if (>= ?used (limit "filesystem-full" 95))
     then (bind ?id "filesystem-full")
