@@ -1,0 +1,186 @@
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "test_installation.h"
+
+namespace qorn::testing {
+namespace {
+
+TEST(Wordexp, ExpandsWhatAShellWouldAndRunsNothing) {
+  const TemporaryDirectory directory;
+  const EnvironmentVariable home("HOME", "/home/u");
+  const EnvironmentVariable value("QORN_TEST", "two  words");
+  const EnvironmentVariable unset("QORN_UNSET", nullptr);
+  directory.write("d/b.x", "");
+  directory.write("d/a.x", "");
+  const std::string files = directory.path("d/");
+  const std::string marker = directory.path("ran");
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {"", ""},
+      {"plain/path.xml", "plain/path.xml"},
+      {"a\\ b", "a b"},
+      {"a\\\\b 'c  d' \"e  f\"", "a\\b c  d e  f"},
+      {"~/x", "/home/u/x"},
+      {"x~", "x~"},
+      {"$QORN_TEST/x", "two words/x"},
+      {"\"$QORN_TEST\"", "two  words"},
+      {"${QORN_UNSET}x", "x"},
+      {"${QORN_UNSET:-other}", "other"},
+      {files + "*.x", files + "a.x " + files + "b.x"},
+      {files + "*.y", files + "*.y"},
+      // a text that can't be expanded stays, but for its escaped blanks
+      {"(a\\ b)", "(a b)"},
+      {"'open\\ quote", "'open quote"},
+      {"a;b|c&d<e>f{g}", "a;b|c&d<e>f{g}"},
+      {"$(touch " + marker + ")", "$(touch " + marker + ")"},
+      {"`touch\\ " + marker + "`", "`touch " + marker + "`"},
+      {"${QORN_UNSET:-$(touch " + marker + ")}", "${QORN_UNSET:-$(touch " + marker + ")}"},
+      {"\"$(touch " + marker + ")\"", "\"$(touch " + marker + ")\""},
+      {"$((1+1))", "$((1+1))"},
+      {"$[1+1]", "$[1+1]"},
+      {"${QORN_UNSET=x}", "${QORN_UNSET=x}"},
+      {"${QORN_UNSET:=x}", "${QORN_UNSET:=x}"},
+      {"${QORN_UNSET?gone}", "${QORN_UNSET?gone}"},
+      {"${A:-${QORN_UNSET:?gone}}", "${A:-${QORN_UNSET:?gone}}"},
+      {"/*/*/*/*/*/*", "/*/*/*/*/*/*"},
+      {std::string("a\0$HOME", 7), std::string("a\0$HOME", 7)},
+  };
+  for (const auto& [text, expected] : cases) {
+    const Printed outcome =
+        printed([&, &in = text, &out = expected] { EXPECT_EQ(str::wordexp(in), out); });
+    EXPECT_EQ(outcome.errors + outcome.output, "") << text;
+  }
+  EXPECT_FALSE(directory.has("ran"));
+  EXPECT_EQ(std::getenv("QORN_UNSET"), nullptr);
+}
+
+// wordexp(3) recursed over its text and overflowed the stack, or walked whole file systems.
+TEST(Wordexp, TextsBeyondItsBoundsComeBackAtOnce) {
+  const auto repeated = [](const std::string& text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i) {
+      result += text;
+    }
+    return result;
+  };
+  for (const char* piece : {"$((", "${x:-", "\"$x", "a b "}) {
+    const std::string text = repeated(piece, 200'000);
+    EXPECT_EQ(str::wordexp(text), text);
+  }
+  const EnvironmentVariable home("HOME", "/h");
+  const std::string longest = "~/" + std::string(4094, 'x');
+  EXPECT_EQ(str::wordexp(longest), "/h" + longest.substr(1));
+  EXPECT_EQ(str::wordexp(longest + "x"), longest + "x");
+  const std::string words = repeated("a ", 999) + "a";
+  EXPECT_EQ(str::wordexp(words + " \"\""), words + " \"\"");
+  EXPECT_EQ(str::wordexp("~ " + words.substr(2)), "/h " + words.substr(2));
+}
+
+TEST(Str, SplitsStripsAndReplaces) {
+  using Pieces = std::vector<std::string>;
+  EXPECT_EQ(str::split(",a,,b,", ',', false), (Pieces{"a", "b"}));
+  EXPECT_EQ(str::split(",a,,b,", ',', true), (Pieces{"", "a", "", "b", ""}));
+  EXPECT_EQ(str::split("", ',', false), Pieces{});
+  EXPECT_EQ(str::split("a,,b", ',', true), (Pieces{"a", "", "b"}));
+  EXPECT_EQ(str::squeeze("  a  b ,, ", ' '), " a b ,, ");
+  EXPECT_EQ(str::squeeze("", ' '), "");
+  EXPECT_EQ(str::strip(" \t\n ", ""), "");
+  EXPECT_EQ(str::strip("\r a b \v", ""), "a b");
+  EXPECT_EQ(str::strip("xaxbx", "x"), "axb");
+  EXPECT_EQ(str::replace("aaa", "aa", "b"), "ba");
+  EXPECT_EQ(str::replace("a b", " ", "\\ "), "a\\ b");
+  EXPECT_EQ(str::replace("abc", "", "x"), "abc");
+  EXPECT_EQ(str::upper("straße ä"), "STRAßE ä");
+  EXPECT_EQ(str::printable("a\x1b[1m\n\x7f\tä"), "a\\x1b[1m\\x0a\\x7f\\x09ä");
+  EXPECT_EQ(str::unescape_blanks("a\\ b\\\\ c\\d"), "a b\\ c\\d");
+}
+
+TEST(Str, PermutationsAreANumberOrAll) {
+  constexpr std::uint32_t CURRENT = 9;
+  const std::vector<std::pair<std::string, std::uint32_t>> cases = {{"all", ALL_PERMUTATIONS},
+                                                                    {"aLL", ALL_PERMUTATIONS},
+                                                                    {"0", ALL_PERMUTATIONS},
+                                                                    {"00", ALL_PERMUTATIONS},
+                                                                    {"007", 7},
+                                                                    {" \n7", 7},
+                                                                    {"+7", 7},
+                                                                    {"4294967295", 4294967295U},
+                                                                    {"4294967296", CURRENT},
+                                                                    {"-1", CURRENT},
+                                                                    {"+-1", CURRENT},
+                                                                    {"7x", CURRENT},
+                                                                    {"7 ", CURRENT},
+                                                                    {"", CURRENT},
+                                                                    {"all ", CURRENT},
+                                                                    {"0x10", CURRENT},
+                                                                    {"1.5", CURRENT}};
+  for (const auto& [text, expected] : cases) {
+    std::uint32_t number = 0;
+    const Printed outcome = printed(
+        [&, &in = text] { number = str::get_num_permutations_from_string(in, CURRENT, "there"); },
+        log::level::WARNING);
+    EXPECT_EQ(number, expected) << text;
+    EXPECT_EQ(outcome.errors, expected != CURRENT ? ""
+                                                  : "Invalid number of node list permutations '" +
+                                                        text + "' in there, using 9 instead.\n");
+  }
+}
+
+TEST(Str, WrapsAtBlanks) {
+  struct Case {
+    std::string text;
+    unsigned width;
+    std::string prefix;
+    std::string expected;
+  };
+  const std::vector<Case> cases = {{"", 10, "p: ", "p: "},
+                                   {"one two three", 9, "", "one two\nthree"},
+                                   {"one two three", 10, "- ", "- one two\n  three"},
+                                   {"longerthanaline b", 6, "  ", "  longerthanaline\n  b"},
+                                   {"a  b\nc d\n", 10, "", "a b\nc d\n"},
+                                   {"exactly ten", 11, "", "exactly ten"}};
+  for (const Case& each : cases) {
+    EXPECT_EQ(str::word_wrap(each.text, each.width, each.prefix), each.expected);
+  }
+  const EnvironmentVariable columns("COLUMNS", "30");
+  const std::string words = "aaaa bbbb cccc dddd eeee ffff gggg";
+  if (isatty(STDOUT_FILENO) == 0) {
+    EXPECT_EQ(str::word_wrap(words, 0, ""), "aaaa bbbb cccc dddd eeee ffff\ngggg");
+  }
+  EXPECT_EQ(
+      str::column_wrap("ab: one two three four five six\nabcd: x\nplain\n", 30, " ", ':', true),
+      "ab:   one two three four five\n      six\nabcd: x\nplain\n");
+  EXPECT_EQ(str::column_wrap("ab: one two three four five six\nabcd: x\n", 30, " ", ':', false),
+            "ab: one two three four five\n    six\nabcd: x\n");
+  // no room for a column: the description goes below its head
+  EXPECT_EQ(str::column_wrap("  a-long-head: some words\n", 20, " ", ':', true),
+            "  a-long-head:\n      some words\n");
+  EXPECT_EQ(str::clean_previous_formatting("\n a\t\tb \r\n c\n"), "a b c");
+}
+
+TEST(Str, TheWidthIsOfTheVariableWhenItIsSensible) {
+  if (isatty(STDOUT_FILENO) != 0) {
+    GTEST_SKIP() << "the terminal decides";
+  }
+  const std::vector<std::pair<const char*, unsigned>> cases = {
+      {"120", 120}, {"0", 80}, {"-5", 80}, {"12x", 80}, {"99999999999", 80}, {nullptr, 80}};
+  for (const auto& [text, expected] : cases) {
+    const EnvironmentVariable columns("COLUMNS", text);
+    EXPECT_EQ(str::terminal_width(), expected);
+  }
+}
+
+TEST(Str, ATreeIsDrawnFromTheLevelsThatHaveEnded) {
+  EXPECT_EQ(str::format_tree({{"root", {true}},
+                              {"a", {true, false}},
+                              {"a1", {true, false, true}},
+                              {"b", {true, true}},
+                              {"b1", {true, true, false}}},
+                             "   ", "`- ", "|- ", "|  "),
+            "`- root\n   |- a\n   |  `- a1\n   `- b\n      |- b1\n");
+}
+
+}  // namespace
+}  // namespace qorn::testing
