@@ -1,0 +1,67 @@
+#include <regex>
+#include <set>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "test_installation.h"
+
+namespace qorn::testing {
+namespace {
+
+/// Option names without their first hyphen: "c" and "-config", as the man page has them.
+using Names = std::set<std::string>;
+
+/// The usage text has this option by tradition; no program takes it.
+const Names UNKNOWN = {"A", "-async"};
+
+Names in_option_table() {
+  Names names;
+  for (const option& row : preproc::Options::longopts) {
+    names.insert(std::string("-") + (row.name == nullptr ? "" : row.name));
+    names.emplace(row.val > 1 ? 1 : 0, static_cast<char>(row.val));  // 1 stands for no letter
+  }
+  names.erase("-");
+  names.erase("");
+  return names;
+}
+
+/// What the first group of `pattern` matches anywhere in `text`.
+Names in_text(const std::string& text, const char* pattern) {
+  Names names;
+  const std::regex name(pattern);
+  for (std::sregex_iterator each(text.begin(), text.end(), name), end; each != end; ++each) {
+    names.insert((*each)[1]);
+  }
+  return names;
+}
+
+Names in_usage() {
+  log::OutputLog::set_out_streams("", std::ios_base::out);
+  ::testing::internal::CaptureStdout();
+  preproc::PrintHandler().print_args(preproc::CommonHelpers::BOTH);
+  return in_text(::testing::internal::GetCapturedStdout(),
+                 "[\\s\\[,]-(-[A-Za-z_-]+|[A-Za-z](?=,))");
+}
+
+Names minus(Names names, const Names& others) {
+  for (const std::string& other : others) {
+    names.erase(other);
+  }
+  return names;
+}
+
+TEST(Manual, AndUsageNameTheOptionsThatThereAre) {
+  const Names options = in_option_table();
+  const Names manual = in_text(read_file(QORN_DOCS "/man/qorn.1"), "Fl (\\S+)");
+  const Names usage = in_usage();
+  EXPECT_EQ(minus(manual, UNKNOWN), options);
+  EXPECT_EQ(minus(usage, options), UNKNOWN);
+  // Deprecated options and further long names are the manual's alone.
+  EXPECT_EQ(minus(options, usage),
+            (Names{"a", "-all", "x", "-min-severity", "-machinefile", "-nodelist",
+                   "-framework-definition", "-grouplist", "-nodegroup", "-level"}));
+}
+
+}  // namespace
+}  // namespace qorn::testing
