@@ -37,10 +37,12 @@ struct ValidatorDeleter {
 };
 using ParserPtr = std::unique_ptr<xmlParserCtxt, ParserDeleter>;
 
-/// A compiled schema refers to the nodes of its document.
+/// A compiled schema refers to the nodes of its document; the validator refers to the schema and
+/// serves one document after the other.
 struct Schema {
   DocumentPtr doc;
   std::unique_ptr<xmlSchema, SchemaDeleter> compiled;
+  std::unique_ptr<xmlSchemaValidCtxt, ValidatorDeleter> validator;
 };
 
 /// What the outermost RunScope keeps.
@@ -234,6 +236,10 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
     collector.fail("not a usable schema");
     return nullptr;
   }
+  schema->validator.reset(xmlSchemaNewValidCtxt(schema->compiled.get()));
+  if (schema->validator == nullptr) {
+    throw std::bad_alloc();
+  }
   return schema;
 }
 
@@ -250,15 +256,10 @@ std::shared_ptr<Schema> schema_of(const std::string& xsd, std::vector<Fault>& fa
   return schema;
 }
 
-bool validate(xmlDoc& doc, xmlSchema& schema, const std::string& file,
+bool validate(xmlDoc& doc, const Schema& schema, const std::string& file,
               std::vector<Fault>& faults) {
   FaultCollector collector(file, faults);
-  const std::unique_ptr<xmlSchemaValidCtxt, ValidatorDeleter> validator(
-      xmlSchemaNewValidCtxt(&schema));
-  if (validator == nullptr) {
-    throw std::bad_alloc();
-  }
-  if (xmlSchemaValidateDoc(validator.get(), &doc) != 0) {
+  if (xmlSchemaValidateDoc(schema.validator.get(), &doc) != 0) {
     collector.fail("the document could not be validated");
     return false;
   }
@@ -317,7 +318,7 @@ DocumentPtr read_valid_document(const std::string& path, const std::string& xsd,
   }
   const std::shared_ptr<Schema> schema = schema_of(xsd, faults);
   if (schema == nullptr ||
-      !validate(*doc, *schema->compiled, str::unescape_blanks(path), faults)) {
+      !validate(*doc, *schema, str::unescape_blanks(path), faults)) {
     return nullptr;
   }
   return doc;
