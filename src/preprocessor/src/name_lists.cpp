@@ -5,6 +5,8 @@
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/preprocessor.h>
 
+#include "provider_document.h"
+
 namespace qorn::preproc {
 namespace {
 
@@ -17,32 +19,35 @@ void forget(Config& config, const std::string& name,
   }
 }
 
-}  // namespace
-
-bool Preprocessor::build_provider_list(Config& config) {
-  for (const auto& [path, fwd] : config.fwds->by_path) {
-    for (auto& group : fwd->provider_groups) {
-      for (const auto& provider : group) {
-        add_provider(config, provider);
-      }
-    }
-  }
-  return !config.providers.empty();
-}
-
-// The record was noted under the name in the framework definition; the map then holds what was
-// read, under the name that the document's file gives it.
-void Preprocessor::add_provider(Config& config, const std::shared_ptr<provider_config>& provider) {
+/// Reads the document of a provider that was noted under the name in a framework definition; the
+/// map then holds what was read, under the name that the document's file gives it.
+void add_provider(const std::shared_ptr<provider_config>& provider, Config& config,
+                  ProviderDocuments& documents) {
   const std::string noted = provider->name;
-  provider->config_file = fs::abspath(provider_path(provider->config_dir, provider->name));
-  const int status = parse_provider_config_xml(*provider, provider->config_file, config,
-                                               provider->aux_path);
+  provider->config_file =
+      fs::abspath(Preprocessor::provider_path(provider->config_dir, provider->name));
+  const int status = read_provider_config(*provider, provider->config_file, config,
+                                          provider->aux_path, documents);
   forget(config, noted, provider);
   if (status != 0) {
     forget(config, provider->name, provider);
   } else {
     config.providers.emplace(provider->name, provider);
   }
+}
+
+}  // namespace
+
+bool Preprocessor::build_provider_list(Config& config) {
+  ProviderDocuments documents;
+  for (const auto& [path, fwd] : config.fwds->by_path) {
+    for (auto& group : fwd->provider_groups) {
+      for (const auto& provider : group) {
+        add_provider(provider, config, documents);
+      }
+    }
+  }
+  return !config.providers.empty();
 }
 
 std::string Preprocessor::provider_path(const std::string& directory, const std::string& name) {

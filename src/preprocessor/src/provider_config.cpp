@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
@@ -302,24 +300,28 @@ int fail(const std::string& file, int error_number) {
 
 }  // namespace
 
-int Preprocessor::parse_provider_config_xml(provider_config& provider, const std::string& file,
-                                            const Config& config, const std::string& aux_path) {
+int read_provider_config(provider_config& provider, const std::string& file, const Config& config,
+                         const std::string& aux_path, ProviderDocuments& documents) {
   const std::string path = file;  // callers pass the record's own fields
   provider.aux_path = std::string(aux_path);
-  errno = 0;
-  if (access(path.c_str(), R_OK) != 0) {
-    const int error_number = errno;
+  const ProviderDocuments::Outcome& outcome = documents.read(path);
+  if (outcome.access_error != 0) {
     log::ErrorLog(log::level::DEBUG).stream() << "provider xml file not readable: '" << path << "'";
-    return fail(path, error_number);
+    return fail(path, outcome.access_error);
   }
-  const std::shared_ptr<const ProviderDocument> document = read_provider_document(path);
-  if (document == nullptr) {
+  if (!outcome.document) {
     log::ErrorLog(log::level::ERROR).stream() << "xml parse error: '" << path << "'";
     return fail(path, 0);
   }
   provider.config_file = path;
   provider.name = provider_name(path);
-  return ProviderReader(*document, provider, path, config).read() ? 0 : fail(path, 0);
+  return ProviderReader(*outcome.document, provider, path, config).read() ? 0 : fail(path, 0);
+}
+
+int Preprocessor::parse_provider_config_xml(provider_config& provider, const std::string& file,
+                                            const Config& config, const std::string& aux_path) {
+  ProviderDocuments documents;
+  return read_provider_config(provider, file, config, aux_path, documents);
 }
 
 }  // namespace qorn::preproc

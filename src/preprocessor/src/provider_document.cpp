@@ -1,6 +1,9 @@
 #include "provider_document.h"
 
+#include <unistd.h>
+
 #include <array>
+#include <cerrno>
 #include <string_view>
 
 #include <qorn/xml.h>
@@ -48,6 +51,24 @@ void collect(const xmlNode* parent, ProviderDocument& document) {
   }
 }
 
+ProviderDocuments::Outcome read_once(const std::string& file) {
+  ProviderDocuments::Outcome outcome;
+  errno = 0;
+  if (access(file.c_str(), R_OK) != 0) {
+    outcome.access_error = errno;
+    return outcome;
+  }
+  const xml::DocumentPtr doc = xml::read_document(file, outcome.faults);
+  if (doc != nullptr) {
+    const xmlNode* root = xml::root_of(doc);
+    outcome.document.emplace();
+    collect(root, *outcome.document);
+    outcome.document->success_codes =
+        xml::get_str_list(xml::get_child_node(root, "success_codes"), "entry");
+  }
+  return outcome;
+}
+
 }  // namespace
 
 const std::vector<ProviderDocument::Element>& ProviderDocument::of(const char* name) const {
@@ -56,18 +77,14 @@ const std::vector<ProviderDocument::Element>& ProviderDocument::of(const char* n
   return found == elements.end() ? NONE : found->second;
 }
 
-std::shared_ptr<const ProviderDocument> read_provider_document(const std::string& file) {
-  std::vector<xml::Fault> faults;
-  const xml::DocumentPtr doc = xml::read_document(file, faults);
-  xml::report(faults);
-  if (doc == nullptr) {
-    return nullptr;
+const ProviderDocuments::Outcome& ProviderDocuments::read(const std::string& file) {
+  const auto [entry, is_new] = known_.try_emplace(file);
+  Outcome& outcome = entry->second;
+  if (is_new) {
+    outcome = read_once(file);
   }
-  auto document = std::make_shared<ProviderDocument>();
-  const xmlNode* root = xml::root_of(doc);
-  collect(root, *document);
-  document->success_codes = xml::get_str_list(xml::get_child_node(root, "success_codes"), "entry");
-  return document;
+  xml::report(outcome.faults);
+  return outcome;
 }
 
 }  // namespace qorn::preproc

@@ -1,10 +1,14 @@
 #pragma once
 
 #include <map>
-#include <memory>
+#include <optional>
 #include <string>
+#include <unordered_map>
 #include <utility>
 #include <vector>
+
+#include <qorn/config.h>
+#include <qorn/xml/document.h>
 
 namespace qorn::preproc {
 
@@ -23,7 +27,26 @@ struct ProviderDocument {
   const std::vector<Element>& of(const char* name) const;
 };
 
-/// Reads a provider document; null, with the reason logged at level 3, when it isn't well-formed.
-std::shared_ptr<const ProviderDocument> read_provider_document(const std::string& file);
+/// Provider documents, each read once. Naming a document again gives the same outcome and logs
+/// the same lines again.
+class ProviderDocuments {
+ public:
+  struct Outcome {
+    int access_error = 0;  // error number when the file can't be accessed
+    std::vector<xml::Fault> faults;
+    std::optional<ProviderDocument> document;  // none when it can't be accessed or isn't well-formed
+  };
+
+  /// What reading `file` gives. Logs what there is to say about the document itself: nothing when
+  /// it can't be accessed, faults at level 3 and 4.
+  const Outcome& read(const std::string& file);
+
+ private:
+  std::unordered_map<std::string, Outcome> known_;
+};
+
+/// Reads a provider document into `provider`, see Preprocessor::parse_provider_config_xml.
+int read_provider_config(provider_config& provider, const std::string& file, const Config& config,
+                         const std::string& aux_path, ProviderDocuments& documents);
 
 }  // namespace qorn::preproc

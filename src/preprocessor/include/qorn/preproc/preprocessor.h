@@ -85,7 +85,7 @@ class Preprocessor {
   bool build_provider_list(Config& config);
 
   /// directory + "/" + name + ".xml".
-  std::string provider_path(const std::string& directory, const std::string& name);
+  static std::string provider_path(const std::string& directory, const std::string& name);
 
   /// Fills config.database_names with the sources of the stores in use.
   void find_database_names(Config& config);
@@ -107,7 +107,6 @@ class Preprocessor {
   int run_pipeline(Config& config, int argc, char** argv);
   int read_documents(Config& config);
   int open_datastores(Config& config);
-  void add_provider(Config& config, const std::shared_ptr<provider_config>& provider);
 };
 
 }  // namespace qorn::preproc
