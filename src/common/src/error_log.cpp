@@ -30,4 +30,10 @@ ErrorLog::~ErrorLog() {
   syslog(level, "%.*s\n", static_cast<int>(std::min(text.size(), MOST)), text.data());
 }
 
+void debug(std::string_view words, std::string_view value) {
+  if (level::DEBUG <= LOG_LEVEL) {
+    ErrorLog(level::DEBUG).stream() << words << value;
+  }
+}
+
 }  // namespace qorn::log

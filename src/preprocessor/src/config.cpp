@@ -68,11 +68,14 @@ void read_collector(const xml::XPath& xpath, const std::string& file, Config& co
 
 /// Logs the names of a provider tag on one wrapped line.
 void log_providers(const std::set<std::string>& names) {
+  if (log::level::DEBUG > log::LOG_LEVEL) {
+    return;
+  }
   std::string text;
   for (const std::string& name : names) {
     text.append(text.empty() ? "" : ", ").append(name);
   }
-  log::ErrorLog(log::level::DEBUG).stream() << str::word_wrap(text, 80, "provider(s): ");
+  log::debug(str::word_wrap(text, 80, "provider(s): "));
 }
 
 }  // namespace
@@ -184,7 +187,7 @@ bool parse_provider_tag(xmlNode* tag, Fwd& fwd, Config& config) {
     seen.insert(provider->name);
     provider->fwds.insert(&fwd);
   }
-  fwd.provider_groups.push_back(group);
+  fwd.provider_groups.push_back(std::move(group));
   if (!seen.empty()) {
     log_providers(seen);
   }

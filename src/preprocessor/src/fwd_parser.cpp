@@ -1,6 +1,7 @@
 #include <qorn/preproc/fwd_parser.h>
 
 #include <algorithm>
+#include <iterator>
 #include <unordered_set>
 #include <utility>
 
@@ -16,63 +17,60 @@ namespace {
 /// One node of the walk whose includes are being followed.
 struct Frame {
   std::shared_ptr<FwdNode> node;
-  FwdNode::Groups groups;
-  std::size_t group = 0;   // of the next member
-  std::size_t member = 0;  // within that group
+  std::size_t first_group;  // of those that its document brought
+  std::size_t group;        // of the next member
+  std::size_t member = 0;   // within that group
 
   /// The next member to follow, or null behind the last.
   std::shared_ptr<FwdNode> next() {
-    while (group < groups.size()) {
-      if (member < groups[group].members.size()) {
-        return groups[group].members[member++];
+    for (; group < node->groups.size(); ++group, member = 0) {
+      const auto& members = node->groups[group].members;
+      if (member < members.size()) {
+        return members[member++];
       }
-      ++group;
-      member = 0;
     }
     return nullptr;
   }
 };
 
-/// The walk's state: the way from the root, and what is listed as ready.
+bool is_member(const std::vector<std::shared_ptr<FwdNode>>& list, const FwdNode* node) {
+  return std::any_of(list.begin(), list.end(),
+                     [&](const auto& each) { return each.get() == node; });
+}
+
+/// The way from the walk's root.
 struct Walk {
-  explicit Walk(FwdRegistry& fwd_registry) : registry(fwd_registry) {
-    for (const auto& node : registry.ready_nodes) {
-      ready.insert(node.get());
-    }
-  }
+  explicit Walk(FwdRegistry& fwd_registry) : registry(fwd_registry) {}
 
   void enter(const std::shared_ptr<FwdNode>& node, FwdNode::Groups groups) {
-    node->insert(groups);
+    const std::size_t first = node->groups.size();
+    std::move(groups.begin(), groups.end(), std::back_inserter(node->groups));
     on_way.insert(node.get());
-    way.push_back({node, std::move(groups)});
+    way.push_back({node, first, first});
   }
 
-  // Nothing raises blocking_count, so that every node ends up here.
+  // Nothing raises blocking_count, so that every node ends up here. One that is entered below the
+  // root was never visited: only the root may stand in the list already.
   void leave() {
-    const std::shared_ptr<FwdNode> node = way.back().node;
-    if ((way.back().groups.empty() || node->blocking_count <= 0) &&
-        ready.insert(node.get()).second) {
-      registry.ready_nodes.push_back(node);
-      node->fwd->state = 2;
-    }
-    on_way.erase(node.get());
+    const Frame frame = std::move(way.back());
     way.pop_back();
+    const bool has_groups = frame.first_group < frame.node->groups.size();
+    if ((!has_groups || frame.node->blocking_count <= 0) &&
+        !(way.empty() && is_member(registry.ready_nodes, frame.node.get()))) {
+      registry.ready_nodes.push_back(frame.node);
+      frame.node->fwd->state = 2;
+    }
+    on_way.erase(frame.node.get());
   }
 
   FwdRegistry& registry;
   std::vector<Frame> way;
   std::unordered_set<const FwdNode*> on_way;
-  std::unordered_set<const FwdNode*> ready;
 };
 
 void link(const std::shared_ptr<FwdNode>& node, const std::shared_ptr<Fwd>& fwd) {
   node->fwd = fwd;
   fwd->node = node;
-}
-
-bool is_member(const std::vector<std::shared_ptr<FwdNode>>& list, const FwdNode* node) {
-  return std::any_of(list.begin(), list.end(),
-                     [&](const auto& each) { return each.get() == node; });
 }
 
 int report_cycle(const FwdNode& member, const FwdNode& node) {
@@ -145,11 +143,12 @@ int FWDParser::recurse_fwd(const std::string& path, Config& config) {
 int FWDParser::recurse_fwd_impl(std::shared_ptr<FwdNode>& node, Config& config,
                                 const std::shared_ptr<FwdNode>& parent, bool /*flag*/) {
   Walk walk(*config.fwds);
+  KnownIncludes known;
   std::shared_ptr<FwdNode> next = node;
   std::shared_ptr<FwdNode> above = parent;
   while (true) {
     FwdNode::Groups groups;
-    if (read_document(next, config, groups) == 1) {
+    if (read_document(next, config, groups, known) == 1) {
       return 1;
     }
     if (above != nullptr) {
@@ -180,14 +179,14 @@ int FWDParser::recurse_fwd_impl(std::shared_ptr<FwdNode>& node, Config& config,
 }
 
 int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& config,
-                             FwdNode::Groups& groups) {
+                             FwdNode::Groups& groups, KnownIncludes& known) {
   if (node == nullptr) {
     return 1;
   }
   Fwd& fwd = *node->fwd;
-  log::ErrorLog(log::level::DEBUG).stream() << "Include: " << fwd.path;
+  log::debug("Include: ", fwd.path);
   const xml::DocumentPtr doc = xml::open_valid_document(fwd.path, fwd_xsd);
-  log::ErrorLog(log::level::DEBUG).stream() << "Opening Fwd: " << fwd.path;
+  log::debug("Opening Fwd: ", fwd.path);
   if (doc == nullptr) {
     log::ErrorLog(log::level::ERROR).stream()
         << "Failed to open and validate framework definition " << fwd.path;
@@ -199,15 +198,15 @@ int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& confi
   fwd.kb_path = xml::get_str(definition, "kb_path", kb_path);
   fwd.provider_aux_path = str::wordexp(
       xml::get_str(definition, "provider_auxiliary_path", provider_aux_path));
-  log::ErrorLog(log::level::DEBUG).stream() << "provider aux path: " << fwd.provider_aux_path;
+  log::debug("provider aux path: ", fwd.provider_aux_path);
   fwd.provider_path = str::wordexp(xml::get_str(definition, "provider_path", provider_path));
-  log::ErrorLog(log::level::DEBUG).stream() << "provider path: " << fwd.provider_path;
+  log::debug("provider path: ", fwd.provider_path);
   if (read_tags(definition, doc.get(), fwd, config) == 1) {
     return 1;
   }
   set_fwd_paths(config, fwd);
-  return parse_fwd_groups(config, xml::get_child_node(definition, "includes"), groups,
-                          node->blocking_count);
+  return read_includes(config, xml::get_child_node(definition, "includes"), groups,
+                       node->blocking_count, known);
 }
 
 int FWDParser::read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& config) {
@@ -243,6 +242,12 @@ int FWDParser::read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& con
 int FWDParser::parse_fwd_groups(Config& config, const xmlNode* includes,
                                 std::vector<internal::GroupAttributes<FwdNode>>& groups,
                                 int& blocking_count) {
+  KnownIncludes known;
+  return read_includes(config, includes, groups, blocking_count, known);
+}
+
+int FWDParser::read_includes(Config& config, const xmlNode* includes, FwdNode::Groups& groups,
+                             int& blocking_count, KnownIncludes& known) {
   if (includes == nullptr) {
     return 0;
   }
@@ -251,27 +256,36 @@ int FWDParser::parse_fwd_groups(Config& config, const xmlNode* includes,
   group.attributes = {{"dependency_type", "non-blocking"}, {"passing_constraint", "0"}};
   const std::vector<std::string> names = xml::get_str_list(includes, "include");
   if (names.empty()) {
-    log::ErrorLog(log::level::DEBUG).stream() << "Empty includes/group tag detected.";
+    log::debug("Empty includes/group tag detected.");
     return 0;
   }
+  group.members.reserve(names.size());
   for (const std::string& name : names) {
     if (name.empty()) {
       throw std::out_of_range(xml::place_of(includes) + ": an <include> of this element is empty");
     }
-    Fwd scratch;
-    scratch.name = name;
-    compute_name_and_path(scratch);
-    std::shared_ptr<Fwd>& fwd = config.fwds->by_path[scratch.path];
-    if (fwd == nullptr) {
-      fwd = std::make_shared<Fwd>();
-      fwd->name = scratch.name;
-      fwd->path = scratch.path;
-      link(std::make_shared<FwdNode>(), fwd);
+    std::shared_ptr<FwdNode>& node = known[name];
+    if (node == nullptr) {
+      node = node_of(name, config);
     }
-    group.members.push_back(fwd->node);
+    group.members.push_back(node);
   }
-  groups.push_back(group);
+  groups.push_back(std::move(group));
   return 0;
+}
+
+std::shared_ptr<FwdNode> FWDParser::node_of(const std::string& include, Config& config) {
+  Fwd scratch;
+  scratch.name = include;
+  compute_name_and_path(scratch);
+  std::shared_ptr<Fwd>& fwd = config.fwds->by_path[scratch.path];
+  if (fwd == nullptr) {
+    fwd = std::make_shared<Fwd>();
+    fwd->name = scratch.name;
+    fwd->path = scratch.path;
+    link(std::make_shared<FwdNode>(), fwd);
+  }
+  return fwd->node;
 }
 
 bool FWDParser::check_circ_dependency(Config& /*config*/,

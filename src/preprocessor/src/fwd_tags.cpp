@@ -117,7 +117,7 @@ int FWDParser::parse_tag_kb_mods(xmlNode* node, Fwd& fwd, Config& config) {
   std::string file;
   if (xml::get_attr(kb_mods, "config_file", file)) {
     const std::string path = kb_config_path(kb_mods, file, config);
-    log::ErrorLog(log::level::DEBUG).stream() << "KB config XML: " << path;
+    log::debug("KB config XML: ", path);
     config.kb_config_files.push_back(path);
   }
   for (const std::string& mod : xml::get_str_list(kb_mods, "mod")) {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include <libxml/tree.h>
@@ -92,8 +93,15 @@ class FWDParser {
   std::string fwd_base;
 
  private:
-  int read_document(const std::shared_ptr<FwdNode>& node, Config& config,
-                    FwdNode::Groups& groups);
+  /// Includes as they are written, with their nodes: within a walk a text always leads to the
+  /// same one, and dense graphs write the same texts over and over.
+  using KnownIncludes = std::unordered_map<std::string, std::shared_ptr<FwdNode>>;
+
+  int read_document(const std::shared_ptr<FwdNode>& node, Config& config, FwdNode::Groups& groups,
+                    KnownIncludes& known);
+  int read_includes(Config& config, const xmlNode* includes, FwdNode::Groups& groups,
+                    int& blocking_count, KnownIncludes& known);
+  std::shared_ptr<FwdNode> node_of(const std::string& include, Config& config);
   int read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& config);
 };
 
