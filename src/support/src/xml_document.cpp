@@ -1,4 +1,8 @@
-#include <qorn/xml/document.h>
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <new>
+#include <tuple>
 
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
@@ -6,15 +10,10 @@
 #include <libxml/xmlerror.h>
 #include <libxml/xmlschemas.h>
 
-#include <algorithm>
-#include <limits>
-#include <map>
-#include <new>
-#include <tuple>
-
 #include <qorn/fs.h>
 #include <qorn/log/error_log.h>
 #include <qorn/str.h>
+#include <qorn/xml/document.h>
 
 namespace qorn::xml {
 namespace {
@@ -22,6 +21,7 @@ namespace {
 constexpr std::size_t MOST_BYTES = 100'000'000;
 /// A document can have a fault in every element; nobody reads more than these.
 constexpr std::size_t MOST_FAULTS = 1000;
+constexpr const char* TEXT_TOO_LONG = "a text is longer than the limit of 10,000,000 bytes";
 
 struct ParserDeleter {
   void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
@@ -68,7 +68,10 @@ std::string plain_words(std::string_view words) {
     return "elements are nested deeper than the limit of 256 levels";
   }
   if (words.find("huge text node") != std::string_view::npos) {
-    return "a text is longer than the limit of 10,000,000 bytes";
+    return TEXT_TOO_LONG;
+  }
+  if (words.find("there is at least one entity reference") != std::string_view::npos) {
+    return "an entity without a declaration can't be validated";
   }
   if (words.find("XML_PARSE_HUGE") != std::string_view::npos ||
       words.find("Huge input lookup") != std::string_view::npos) {
@@ -169,39 +172,53 @@ class FaultCollector {
   bool out_of_memory_ = false;
 };
 
-/// Where the parser met the first entity declaration; 0 is nowhere.
-struct EntityDeclaration {
+/// Why and where a handler of ours stopped the parser; without a reason none did.
+struct Stop {
+  const char* reason = nullptr;
   long line = 0;
 };
 
-void note_entity(void* context, const xmlChar* /*name*/, int /*type*/, const xmlChar* /*public_id*/,
-                 const xmlChar* /*system_id*/, xmlChar* /*content*/) {
+void stop_parser(void* context, const char* reason) {
   auto* parser = static_cast<xmlParserCtxt*>(context);
-  auto* declaration = static_cast<EntityDeclaration*>(parser->_private);
-  if (declaration->line == 0) {
-    declaration->line = std::max(xmlSAX2GetLineNumber(context), 1);
+  auto* stop = static_cast<Stop*>(parser->_private);
+  if (stop->reason == nullptr) {
+    *stop = {reason, std::max(xmlSAX2GetLineNumber(context), 1)};
   }
   xmlStopParser(parser);
 }
 
+void refuse_entity(void* context, const xmlChar* /*name*/, int /*type*/,
+                   const xmlChar* /*public_id*/, const xmlChar* /*system_id*/,
+                   xmlChar* /*content*/) {
+  stop_parser(context, "the document declares an entity, which no document may do");
+}
+
+/// libxml2 checks its limit only for text that comes in several pieces.
+void take_text(void* context, const xmlChar* text, int length) {
+  if (length > XML_MAX_TEXT_LENGTH) {
+    stop_parser(context, TEXT_TOO_LONG);
+  } else {
+    xmlSAX2Characters(context, text, length);
+  }
+}
+
 DocumentPtr parse(xmlParserCtxt& parser, const std::string& content, const std::string& file,
                   FaultCollector& collector) {
-  EntityDeclaration entity;
-  parser._private = &entity;
-  parser.sax->entityDecl = note_entity;
+  Stop stop;
+  parser._private = &stop;
+  parser.sax->entityDecl = refuse_entity;
+  parser.sax->characters = take_text;
+  parser.sax->ignorableWhitespace = take_text;
   DocumentPtr doc(xmlCtxtReadMemory(&parser, content.data(), static_cast<int>(content.size()),
                                     file.c_str(), nullptr,
                                     XML_PARSE_NONET | XML_PARSE_BIG_LINES | XML_PARSE_COMPACT));
   parser._private = nullptr;
-  if (entity.line != 0) {
-    collector.replace_by({{},
-                          entity.line,
-                          0,
-                          Fault::Severity::ERROR,
-                          "the document declares an entity, which no document may do"});
+  if (stop.reason != nullptr) {
+    collector.replace_by({{}, stop.line, 0, Fault::Severity::ERROR, stop.reason});
     return nullptr;
   }
-  if (doc != nullptr && xmlDocGetRootElement(doc.get()) == nullptr) {
+  // A parser that gave up over a limit still calls what it has well-formed.
+  if (doc != nullptr && (parser.disableSAX != 0 || xmlDocGetRootElement(doc.get()) == nullptr)) {
     doc.reset();
   }
   if (doc == nullptr) {
