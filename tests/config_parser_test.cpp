@@ -1,0 +1,428 @@
+#include <sstream>
+
+#include <gtest/gtest.h>
+
+#include "test_installation.h"
+
+namespace qorn::testing {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string joined(const Texts& texts) {
+  std::string result;
+  for (const std::string& text : texts) {
+    result.append(result.empty() ? "" : ",").append(text);
+  }
+  return result;
+}
+
+std::string describe(const std::vector<ConfigParam>& params) {
+  std::ostringstream out;
+  for (const ConfigParam& param : params) {
+    out << param.group << '/' << param.name << '=' << joined(param.values) << ' '
+        << param.second_text << param.third_text;
+  }
+  return out.str();
+}
+
+std::string describe(const std::vector<Suppression>& suppressions) {
+  std::ostringstream out;
+  for (const Suppression& each : suppressions) {
+    out << each.node_id << '/' << each.severity << '/' << each.id << '/' << each.confidence << ' ';
+  }
+  return out.str();
+}
+
+std::string describe(const Config& config) {
+  std::ostringstream out;
+  out << "level=" << config.log_level << " groups=" << config.node_group_file
+      << " fwds=" << joined(config.fwds->names) << " extension=" << config.collect_extension
+      << " flags=" << config.re_collect << config.env_propagation << ' ' << config.option_flags;
+  for (const PostprocessorExtension& extension : config.postprocessor_extensions) {
+    out << " postprocessor=" << extension.name;
+  }
+  return str::replace(out.str(), config.root, "ROOT");
+}
+
+/// A document, its status and the lines about it; DIR is the directory of the test.
+struct DocumentCase {
+  std::string document;
+  int status;
+  std::string errors;
+  std::string result;
+};
+
+class ConfigParserTest : public ::testing::Test {
+ protected:
+  /// Reads the main document alone, for a run that collects.
+  void read_main(const std::string& body, const DocumentCase& expected) {
+    SCOPED_TRACE(body);
+    Config config;
+    config.root = installation_.path();
+    config.config_xsd = installed("etc/qorn.xsd");
+    config.config_file = installation_.configure(body);
+    config.operations = operation::COLLECT;
+    check(expected, [&] { return parser_.parse_configuration_xml(config); });
+    EXPECT_EQ(describe(config), expected.result);
+    EXPECT_EQ(config.common_options.config_parsed, expected.status == 0);
+  }
+
+  template <typename Call>
+  void check(const DocumentCase& expected, Call call) {
+    const Printed text = printed([&] { EXPECT_EQ(call(), expected.status); });
+    EXPECT_EQ(str::replace(text.errors, installation_.path(), "DIR"), expected.errors);
+  }
+
+  std::string file(const std::string& document) const {
+    return installation_.write("doc.xml", document);
+  }
+
+  Installation installation_;
+  preproc::ConfigParser parser_;
+};
+
+TEST_F(ConfigParserTest, SectionsOfTheMainDocument) {
+  const std::string fwds = "level= groups= fwds=";
+  const std::string extension = " extension=ROOT/collect/qorn64/";
+  const std::string nothing = fwds + extension + "pdsh.so flags=01 0";
+  const std::vector<DocumentCase> cases = {
+      {"", 0, "", nothing},
+      {"<postprocessor><postproc_extensions><entry>a</entry><entry> b </entry>"
+       "</postproc_extensions></postprocessor>",
+       0, "", nothing + " postprocessor=a postprocessor= b "},
+      {"<postprocessor><postproc_extensions><entry/></postproc_extensions></postprocessor>", 1,
+       "DIR/etc/qorn.xml:1: an entry of the element <postproc_extensions> is empty\n",
+       fwds + " extension= flags=01 0"},
+      {"<plugins><framework_definitions/></plugins>", 0, "", nothing},
+      {"<plugins><framework_definitions><framework_definition>b</framework_definition>"
+       "<framework_definition>a</framework_definition></framework_definitions></plugins>",
+       0, "", fwds + "b,a" + extension + "pdsh.so flags=01 1"},
+      {"<analyzer><log_level/></analyzer>", 0, "", nothing},
+      {"<analyzer><log_level>Debug</log_level><node_group_configuration_file>g"
+       "</node_group_configuration_file></analyzer>",
+       1, "Invalid value specified for log-level': Debug\n",
+       "level=Debug groups= fwds= extension= flags=01 0"},
+      {"<analyzer><node_group_configuration_file>g</node_group_configuration_file></analyzer>", 0,
+       "", "level= groups=g fwds=" + extension + "pdsh.so flags=01 0"},
+      {"<collector><extension>foo.so</extension><re-collect>on</re-collect>"
+       "<turn-off-environment-propagation>on</turn-off-environment-propagation></collector>",
+       0, "", fwds + extension + "foo.so flags=10 0"},
+      {"<collector><extension>./foo.so</extension><re-collect>ON</re-collect>"
+       "<turn-off-environment-propagation>On</turn-off-environment-propagation></collector>",
+       0, "", fwds + " extension=./foo.so flags=01 0"},
+      {"<collector><extension/><re-collect/></collector>", 0, "", fwds + extension + " flags=01 0"},
+  };
+  for (const DocumentCase& each : cases) {
+    read_main(each.document, each);
+  }
+}
+
+TEST_F(ConfigParserTest, AnInvalidLevelOfTheCommandLineCountsOnlyWithAnAnalyzer) {
+  for (const bool analyzer : {false, true}) {
+    Config config;
+    config.log_level = "Loud";
+    config.config_file = installation_.configure(analyzer ? "<analyzer/>" : "");
+    config.config_xsd = installed("etc/qorn.xsd");
+    const Printed text =
+        printed([&] { EXPECT_EQ(parser_.parse_configuration_xml(config), analyzer ? 1 : 0); });
+    EXPECT_EQ(text.errors, analyzer ? "Invalid value specified for log-level': Loud\n" : "");
+  }
+}
+
+TEST_F(ConfigParserTest, AnalyzerParametersAndSuppressions) {
+  struct Case {
+    std::string analyzer;
+    std::string params;
+    std::uint32_t age;
+    std::string suppressions;
+  };
+  const std::string suppress =
+      "<suppressions><suppress><id>i</id><node_id>n</node_id><severity>75x</severity>"
+      "<confidence>high</confidence></suppress><suppress/></suppressions>";
+  const std::vector<Case> cases = {
+      {suppress, "", 0, ""},  // without config nobody reads them
+      {suppress + "<config/>", "", 0, "n/75/i/0 /0//0 "},
+      {"<config><a>1</a><empty/><b><!--c-->2</b><d> 3 </d></config>", "/a=1 /b=c /d= 3  ", 0, ""},
+      {"<config><a><entry>1</entry><other>x</other><entry>2</entry></a></config>", "/a=1,2 ", 0,
+       ""},
+      {"<config><g><a>1</a><b>2</b></g><h><c>3</c></h></config>", "g/a=1 g/b=1,2 h/c=3 ", 0, ""},
+      {"<config><g><a>1</a><l><entry>x</entry></l><e/><b>2</b><m><z/></m></g></config>",
+       "g/a=1 g/l=x g/b=x,2 g/m= ", 0, ""},
+      {"<config><data-age-threshold> 7 </data-age-threshold></config>",
+       "/data-age-threshold=604800 ", 604800, ""},
+      {"<config><data-age-threshold>50000 days</data-age-threshold><g><data-age-threshold>"
+       "<entry>1</entry><entry>2</entry></data-age-threshold></g></config>",
+       "/data-age-threshold=25032704 g/data-age-threshold=86400,2 ", 86400, ""},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(each.analyzer);
+    installation_.configure("<analyzer>" + each.analyzer + "</analyzer>");
+    RunResult result;
+    ASSERT_EQ(installation_.run({"10", "-F", "base"}, result), 0) << result.errors;
+    EXPECT_EQ(describe(result.config.config_params), each.params + "/qorn-checks= ");
+    EXPECT_EQ(result.config.data_age_threshold, each.age);
+    EXPECT_EQ(describe(result.config.suppressions), each.suppressions);
+  }
+}
+
+TEST_F(ConfigParserTest, AnAgeIsConvertedWhereverItCameFromAndMustBeANumber) {
+  installation_.configure("<analyzer><config><x>1</x></config></analyzer>");
+  RunResult line;
+  EXPECT_EQ(installation_.run({"10", "-F", "base", "-t", "2", "-t", "1"}, line), 0);
+  EXPECT_EQ(line.config.data_age_threshold, 86400U);
+  EXPECT_EQ(describe(line.config.config_params),
+            "/data-age-threshold=172800 /data-age-threshold=86400 /x=1 /qorn-checks= ");
+  for (const char* text : {"abc", "99999999999999999999"}) {
+    installation_.configure(std::string("<analyzer><config><data-age-threshold>") + text +
+                            "</data-age-threshold></config></analyzer>");
+    RunResult result;
+    EXPECT_EQ(installation_.run({"10", "-F", "base"}, result), 1);
+    EXPECT_EQ(result.errors, "stoul\n");
+  }
+}
+
+TEST_F(ConfigParserTest, SuppressionsOfACallerAreTheProductOfTheirKeys) {
+  using Request = std::map<std::string, Texts>;
+  Config config;
+  EXPECT_EQ(set_suppressions(config, {}), 1);
+  EXPECT_EQ(set_suppressions(config, {Request{{"other", {"x"}}}}), 1);
+  EXPECT_EQ(config.suppressions.size(), 0U);
+  EXPECT_EQ(set_suppressions(config, {Request{{"nodes", {"a", "b"}},
+                                              {"severities", {"warning", "critical"}},
+                                              {"message_ids", {"m", "n"}}}}),
+            1);
+  EXPECT_EQ(describe(config.suppressions),
+            "a/25/m/0 b/25/m/0 a/75/m/0 b/75/m/0 a/25/n/0 b/25/n/0 a/75/n/0 b/75/n/0 ");
+  config.suppressions.clear();
+  const Printed text = printed([&] {
+    EXPECT_EQ(set_suppressions(config, {Request{{"severities", {"critical", "informational"}}},
+                                        Request{{"nodes", {"a"}}, {"severities", {"Warning"}}},
+                                        Request{{"nodes", {"c"}}}}),
+              0);
+  });
+  EXPECT_EQ(describe(config.suppressions), "/75//0 /0//0 ");
+  EXPECT_EQ(text.errors.find("Invalid value specified for severity: Warning\n"), 0U);
+  init_api_config(config);
+  EXPECT_EQ(config.root, installation_.path());
+  EXPECT_EQ(config.config_file, installation_.path("etc/qorn.xml"));
+}
+
+TEST_F(ConfigParserTest, TypeMap) {
+  const std::vector<DocumentCase> cases = {
+      {"", 0, "", ""},
+      {"<entry type='LONG'>l</entry><entry type='string' data_type='MULTI'>s</entry>"
+       "<entry type='MULTI' data_type='double'>m</entry><entry type='SYMBOL'/>",
+       0, "", "=3 l=0 m=4 s=2 m:1 "},
+      {"<entry type='MULTI' data_type='LONG'>a</entry><entry type='DOUBLE'>a</entry>"
+       "<entry type='multi' data_type='LONG'>b</entry>",
+       0, "", "a=1 b=4 a:0 "},
+      {"<entry type='LONG'>a</entry><entry type='MULTI' data_type='MULTI'>b</entry>", 1,
+       "MULTI is not allowed as a data_type. Allowed values are: LONG/long, DOUBLE/double, "
+       "STRING/string, SYMBOL/symbol.\n",
+       "a=0 "},
+      {"<entry type='MULTI'>b</entry>", 1,
+       "MULTI type has to be associated with a data type. Please define the data_type attribute "
+       "for: b\n",
+       ""},
+      {"<entry type='MULTI' data_type=''>b</entry>", 1, "", "b=4 "},
+      {"<entry type='MULTI' data_type='multi'>b</entry>", 0, "", "b=4 b:4 "},
+      {"<entry type='Long'>b</entry>", 1, "", ""},
+      {"<entry>b</entry>", 1, "", ""},
+  };
+  for (const DocumentCase& each : cases) {
+    SCOPED_TRACE(each.document);
+    Config config;
+    check(each, [&] {
+      return parser_.parse_type_map(config, file("<type_map>" + each.document + "</type_map>"),
+                                    installed("etc/type_map.xsd"));
+    });
+    std::ostringstream out;
+    for (const auto& [name, type] : config.type_map) {
+      out << name << '=' << static_cast<int>(type) << ' ';
+    }
+    for (const auto& [name, type] : config.multi_type_map) {
+      out << name << ':' << static_cast<int>(type) << ' ';
+    }
+    EXPECT_EQ(out.str(), each.result);
+  }
+}
+
+TEST_F(ConfigParserTest, MessageCategories) {
+  Config config;
+  config.message_schema_files = {
+      file("<message_schema><category><message_id>a</message_id><message_id> b </message_id>"
+           "</category><category name=' security '><message_id>c</message_id></category>"
+           "<category name='Empty'/></message_schema>"),
+      installation_.write("second.xml",
+                          "<message_schema><category name='late'><message_id>a</message_id>"
+                          "</category></message_schema>")};
+  EXPECT_EQ(parser_.parse_tag_message_schema(config, installed("etc/schema_map.xsd")), 0);
+  EXPECT_EQ(config.message_category_names,
+            (std::set<std::string>{"EMPTY", "FUNCTIONALITY", "LATE", "SECURITY"}));
+  EXPECT_EQ(config.message_categories,
+            (std::unordered_map<std::string, std::string>{
+                {"a", "LATE"}, {" b ", "FUNCTIONALITY"}, {"c", "SECURITY"}}));
+}
+
+TEST_F(ConfigParserTest, KnowledgeBaseConfiguration) {
+  const std::vector<DocumentCase> cases = {
+      {"<foo><bar kind='x' level='2'>1</bar><bar>2</bar><bar kind='y'>3</bar></foo><none/>", 0, "",
+       "foo[expected-bar.default(default,2)expected-bar.kind(x,1)(y,3)expected-bar.level(2,1)]"
+       "none[]"},
+      {"<foo><a>1</a></foo><foo><b>2</b></foo>", 0, "", "foo[expected-b.default(default,2)]"},
+      {"<foo><a kind=''>1</a></foo>", 0, "", "foo[]"},
+      {"<good><a>1</a></good><bad><a>1</a><b/></bad>", 1,
+       "XML validation failed: <b> tag cannot be empty in:DIR/doc.xml\n",
+       "good[expected-a.default(default,1)]"},
+  };
+  for (const DocumentCase& each : cases) {
+    SCOPED_TRACE(each.document);
+    Config config;
+    config.kb_config_files = {file("<kb_config>" + each.document + "</kb_config>")};
+    check(each, [&] {
+      return parser_.parse_kb_config(config, installed("etc/postprocessor/postproc.xsd"));
+    });
+    std::ostringstream out;
+    for (const auto& [name, solution] : config.solutions) {
+      out << name << '[';
+      for (const auto& [item, attributes] : solution.expected) {
+        for (const auto& [attribute, pairs] : attributes) {
+          out << item << '.' << attribute;
+          for (const auto& [value, text] : pairs) {
+            out << '(' << value << ',' << text << ')';
+          }
+        }
+      }
+      out << ']';
+    }
+    EXPECT_EQ(out.str(), each.result);
+  }
+}
+
+TEST_F(ConfigParserTest, Reports) {
+  const std::string empty = "XML validation failed: <message_id> tag cannot be empty\n";
+  const std::vector<DocumentCase> cases = {
+      {"<r><message_id>m</message_id></r>", 0, "", "r m : "},
+      {"<r><c/><constraints zeta=' ' alpha='1' none=''><a/></constraints><message_id>m</message_id>"
+       "<constraints><b/><message_id>own</message_id></constraints></r>",
+       0, "", "r m alpha=1 zeta=  : a c r own : b c "},
+      {"<r><c/><constraints alpha='1'/></r>", 0, "", "r  : c "},
+      {"<r><c/><constraints><a/><message_id/></constraints></r>", 0, empty, "r  : c "},
+      {"<r><c/></r><r><d/></r>", 0, "", "r  : d "},
+      {"<r><c/></r><s><message_id/></s>", 1, empty, ""},
+  };
+  for (const DocumentCase& each : cases) {
+    SCOPED_TRACE(each.document);
+    Config config;
+    const std::string open = "<postproc_reports>";
+    config.postproc_config_files = {
+        installation_.write("first.xml", open + "<lost/></postproc_reports>"),
+        file(open + each.document + "</postproc_reports>")};
+    check(each, [&] {
+      return parser_.parse_postproc_reports_config(config,
+                                                   installed("etc/postprocessor/postproc.xsd"));
+    });
+    std::ostringstream out;
+    for (const auto& [name, report] : config.postproc_reports) {
+      for (const templates::Reports_kb_t& variant : report.variants) {
+        out << name << ' ' << variant.message_id << ' ';
+        for (const auto& [attribute, value] : variant.constraints) {
+          out << attribute << '=' << std::get<0>(value) << ' ';
+        }
+        out << ": ";
+        for (const std::string& column : variant.columns) {
+          out << column << ' ';
+        }
+      }
+    }
+    EXPECT_EQ(out.str(), each.status == 0 ? each.result : "lost  : ");
+  }
+  templates::Reports_kb_t variant;
+  EXPECT_EQ(parse_constraints(nullptr, variant), 1);
+}
+
+// A document is tried as a table first; what that says against it counts only when it is no
+// report either.
+TEST_F(ConfigParserTest, TablesComeBeforeReports) {
+  installation_.write(
+      "etc/postprocessor/t.xml",
+      "<postproc_tables><table id='t'><column name='lost' msg-id='m'/></table><table id='t'>"
+      "<column name='n' msg-id='m'/><column name='half'/></table><table><column/></table>"
+      "<table id='none'/></postproc_tables>");
+  installation_.write("etc/postprocessor/r.xml",
+                      "<postproc_reports><r><c/></r></postproc_reports>");
+  installation_.write("etc/postprocessor/bad.xml", "<neither/>");
+  const std::string bad_table =
+      "DIR/etc/postprocessor/bad.xml:1: Element 'neither': No matching global declaration "
+      "available for the validation root.\n";
+  const std::string report_as_table =
+      str::replace(str::replace(bad_table, "bad.xml", "r.xml"), "neither", "postproc_reports");
+  const std::string column =
+      "Postprocessor table config parse fail for col namehalf col message-id\n";
+  const std::string failed =
+      "Failed to open and validate xml DIR/etc/postprocessor/bad.xml\n"
+      "Could not load framework definitions.\n\n";
+  struct Case {
+    Texts files;
+    int status;
+    std::size_t tables;
+    std::size_t reports;
+    std::string errors;
+  };
+  const std::vector<Case> cases = {
+      {{"t.xml"}, 0, 2, 0, column},
+      {{"r.xml"}, 0, 0, 1, ""},
+      {{"r.xml", "t.xml"}, 0, 2, 0, column + report_as_table},
+      {{"bad.xml", "t.xml"}, 0, 2, 0, column + bad_table},
+      {{"r.xml", "bad.xml"}, 1, 0, 1, bad_table + failed},
+      {{}, 0, 0, 0, ""},
+  };
+  for (const Case& each : cases) {
+    SCOPED_TRACE(joined(each.files));
+    Texts arguments{"10", "-l", "warning", "-F", "base", "-D", installation_.write("x.db", "")};
+    for (const std::string& file : each.files) {
+      installation_.fwd(file, "<postproc_extensions config_file='" + file + "'/>");
+      arguments.insert(arguments.end(), {"-F", installation_.path("etc/fwd/" + file + ".xml")});
+    }
+    RunResult result;
+    EXPECT_EQ(installation_.run(arguments, result), each.status);
+    EXPECT_EQ(str::replace(result.errors, installation_.path(), "DIR"), each.errors);
+    EXPECT_EQ(result.config.postproc_tables.size(), each.tables);
+    EXPECT_EQ(result.config.postproc_reports.size(), each.reports);
+    if (each.tables > 0) {
+      const std::pair<std::string, std::string> only{"n", "m"};
+      EXPECT_EQ(result.config.postproc_tables.at("t"), std::vector{only});
+    }
+  }
+}
+
+TEST_F(ConfigParserTest, TheDefaultFrameworkDefinitionIsForRunsThatCollect) {
+  struct Case {
+    std::uint64_t operations;
+    std::uint64_t flags;
+    int status;
+    bool added;
+  };
+  for (const Case& each : std::vector<Case>{{1, 0, 0, true},
+                                            {7, 0, 0, true},
+                                            {0, 0, 0, true},
+                                            {6, 0, 1, false},
+                                            {6, 1, 0, false},
+                                            {1, 1, 0, false}}) {
+    Config config;
+    config.root = "/r";
+    config.operations = each.operations;
+    config.option_flags = each.flags;
+    const Printed text =
+        printed([&] { EXPECT_EQ(parser_.load_default_fwds(config), each.status); });
+    EXPECT_EQ(joined(config.fwds->names), each.added ? "/r/etc/fwd/health_base.xml" : "");
+    EXPECT_EQ(config.option_flags, each.flags);
+    EXPECT_EQ(text.errors, each.status == 0 ? ""
+                                            : "Please use the -F command line option to specify "
+                                              "a Framework Definition to analyze.\n");
+  }
+}
+
+}  // namespace
+}  // namespace qorn::testing
