@@ -55,6 +55,10 @@ const std::vector<Row> ROWS = {
      {.definitions = 50, .layers = 1, .edges = 0, .providers = 1, .nodes = 100'000, .groups = 200,
       .tied = 20},
      false, "e10", "12 and 300 MiB, aim 7 and 220; growth 15"},
+    {"e-files",
+     {.definitions = 50, .layers = 1, .edges = 0, .providers = 1, .nodes = 100'000, .groups = 200,
+      .group_files = true, .tied = 20},
+     false, nullptr, "e with a node file for each group"},
 };
 
 /// Calls Run as a front-end does. The record isn't freed: its end is the caller's affair.

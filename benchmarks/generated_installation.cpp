@@ -142,10 +142,21 @@ std::string folded_lines(std::size_t nodes) {
 void write_groups(const Size& size, const fs::path& root) {
   std::string text;
   for (std::size_t i = 0; i < size.groups; ++i) {
-    const fs::path file = root / "groups" / numbered("group", i);
-    write(file, node_lines(size.nodes * i / size.groups, size.nodes * (i + 1) / size.groups));
-    text += "<nodegroup name=\"" + numbered("group", i) + "\">" +
-            element("nodefiles", element("path", file)) + "</nodegroup>\n";
+    const std::size_t first = size.nodes * i / size.groups;
+    const std::size_t last = size.nodes * (i + 1) / size.groups;
+    text += "<nodegroup name=\"" + numbered("group", i) + "\">";
+    if (size.group_files) {
+      const fs::path file = root / "groups" / numbered("group", i);
+      write(file, node_lines(first, last));
+      text += element("nodefiles", element("path", file));
+    } else {
+      std::string nodes;
+      for (std::size_t node = first; node < last; ++node) {
+        nodes += element("node", numbered("node", node));
+      }
+      text += element("nodes", nodes);
+    }
+    text += "</nodegroup>\n";
   }
   for (std::size_t i = 0; i < size.tied; ++i) {
     std::string names;
@@ -195,17 +206,18 @@ std::string rule_text(std::mt19937& random, const std::string& name, std::size_t
        << " looks at;\n   one that differs was changed by hand.\"\n";
   for (std::size_t line = 4; line < lines; ++line) {
     const std::size_t number = below(random, 1000);
-    switch (below(random, 10)) {
+    switch (below(random, 25)) {
       case 0:
+      case 1:
         text << "  (assert (sign (id \"" << name << "-" << number << "\") (node_id ?node)))\n";
         break;
-      case 1:
+      case 2:
         text << "  (not (sign (id \"missing-" << number << "\") (node_id ?node)))\n";
         break;
-      case 2:
+      case 3:
         text << "    then (bind ?id \"" << name << "-bound-" << number << "\")\n";
         break;
-      case 3:
+      case 4:
         text << "  (assert (sign (id ?id) (node_id ?node) (subcluster ?subcluster)))\n";
         break;
       default:

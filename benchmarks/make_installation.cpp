@@ -26,6 +26,7 @@ int main(int argc, char** argv) {
   app.add_option("--nodes", size.nodes)->capture_default_str();
   app.add_flag("--folded", size.folded, "Node names folded on a few lines");
   app.add_option("--groups", size.groups, "Groups of nodes")->capture_default_str();
+  app.add_flag("--group-files", size.group_files, "A node file for each group");
   app.add_option("--tied", size.tied, "Definitions tied to groups")->capture_default_str();
   CLI11_PARSE(app, argc, argv);
   try {
