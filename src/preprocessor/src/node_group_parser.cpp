@@ -44,7 +44,7 @@ int NodeGroupParser::parse_group_file(Config& config) {
   if (!is_node_group_file_available(config)) {
     return 0;
   }
-  const xml::DocumentPtr doc =
+  xml::DocumentPtr doc =
       xml::open_valid_document(config.node_group_file, config.root + "/etc/nodegroup.xsd");
   if (doc == nullptr) {
     log::ErrorLog(log::level::ERROR).stream()
@@ -68,6 +68,7 @@ int NodeGroupParser::parse_group_file(Config& config) {
       return 1;
     }
   }
+  doc.reset();  // large where groups name their nodes one by one
   const SharedNodes nodes = implicit_group_nodes(config);
   for (const std::string& path : seen) {
     create_implicit_group(path, nodes, config);
