@@ -51,8 +51,8 @@ class ProviderReader {
       return false;
     }
     read_encoding();
-    provider_.max_nodes = read_node_count("max_nodes", "max node", provider_.max_nodes);
-    provider_.min_nodes = read_node_count("min_nodes", "min node", provider_.min_nodes);
+    provider_.max_nodes = read_node_count("max_nodes", "Multiple max node elements in", provider_.max_nodes);
+    provider_.min_nodes = read_node_count("min_nodes", "Multiple min node elements in", provider_.min_nodes);
     read_success_codes();
     read_version();
     read_roles();
@@ -62,11 +62,12 @@ class ProviderReader {
   }
 
  private:
-  /// The first element of that name, or null; `words` are the warning about several.
-  const Element* first_of(const char* name, const std::string& words) {
+  /// The first element of that name, or null. Several give a warning: `ahead`, the file in single
+  /// quotes, `behind`.
+  const Element* first_of(const char* name, const char* ahead, const char* behind) {
     const std::vector<Element>& elements = document_.of(name);
     if (elements.size() > 1) {
-      warn(words);
+      warn(ahead + (" '" + file_) + "'" + behind);
     }
     return elements.empty() ? nullptr : &elements.front();
   }
@@ -95,8 +96,8 @@ class ProviderReader {
   }
 
   void read_architecture() {
-    const Element* element = first_of("architecture", "Multiple architecture elements found in '" +
-                                                          file_ + "'. Using the first one.");
+    const Element* element = first_of("architecture", "Multiple architecture elements found in",
+                                      ". Using the first one.");
     if (element == nullptr) {
       return;
     }
@@ -126,7 +127,7 @@ class ProviderReader {
 
   bool read_command() {
     const Element* element =
-        first_of("command", "Multiple command elements in '" + file_ + "'. Using first one.");
+        first_of("command", "Multiple command elements in", ". Using first one.");
     if (element != nullptr) {
       provider_.command = element->text.substr(0, LONGEST_COMMAND);
     }
@@ -134,8 +135,8 @@ class ProviderReader {
   }
 
   void read_encoding() {
-    const Element* element = first_of(
-        "encoding", "Multiple encoding elements found in '" + file_ + "'. Using the first one.");
+    const Element* element = first_of("encoding", "Multiple encoding elements found in",
+                                      ". Using the first one.");
     if (element == nullptr) {
       return;
     }
@@ -149,8 +150,7 @@ class ProviderReader {
 
   /// A number of nodes, cut to 16 bits.
   std::uint16_t read_node_count(const char* name, const char* words, std::uint16_t present) {
-    const Element* element = first_of(
-        name, std::string("Multiple ") + words + " elements in '" + file_ + "'. Using first one.");
+    const Element* element = first_of(name, words, ". Using first one.");
     std::int32_t number = 0;
     if (element == nullptr || !read_number(name, *element, number)) {
       return present;
@@ -177,7 +177,7 @@ class ProviderReader {
 
   void read_version() {
     const Element* element =
-        first_of("version", "Multiple version elements in '" + file_ + "'. Using first one.");
+        first_of("version", "Multiple version elements in", ". Using first one.");
     std::int32_t number = 0;
     if (element != nullptr && read_number("version", *element, number)) {
       provider_.version = static_cast<std::int16_t>(number);
@@ -198,8 +198,8 @@ class ProviderReader {
   }
 
   void read_timeout() {
-    const Element* element = first_of(
-        "timeout", "Multipe timeout value elements in '" + file_ + "'. Using first one.");
+    const Element* element =
+        first_of("timeout", "Multipe timeout value elements in", ". Using first one.");
     if (element == nullptr) {
       provider_.timeout = config_.collector_timeout;
       provider_.timeout_scale = config_.collector_timeout_scale;
@@ -221,7 +221,7 @@ class ProviderReader {
 
   void read_nodelist() {
     const Element* element =
-        first_of("nodelist", "Multiple nodelist tags in '" + file_ + "'. Using first one.");
+        first_of("nodelist", "Multiple nodelist tags in", ". Using first one.");
     if (element == nullptr) {
       return;
     }
