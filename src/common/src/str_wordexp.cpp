@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <string_view>
 
 #include <wordexp.h>
@@ -16,6 +17,18 @@ constexpr std::ptrdiff_t MOST_PATTERN_COMPONENTS = 3;
 
 constexpr std::string_view NAME_CHARACTERS =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_";
+
+/// Whether a text with that character isn't its own expansion.
+bool is_special(char c) {
+  static constexpr auto SPECIAL = [] {
+    std::array<bool, 256> special{};
+    for (const char each : std::string_view(" \t\n\\'\"$`*?[]~|&;<>(){}")) {
+      special[static_cast<unsigned char>(each)] = true;
+    }
+    return special;
+  }();
+  return SPECIAL[static_cast<unsigned char>(c)];
+}
 
 /// Whether `text` holds ${NAME=…}, ${NAME:=…}, ${NAME?…} or ${NAME:?…}, which change the
 /// environment or write by themselves.
@@ -77,7 +90,7 @@ std::string unescape_blanks(std::string_view path) {
 }
 
 std::string wordexp(const std::string& text) {
-  if (text.find_first_of(" \t\n\\'\"$`*?[]~|&;<>(){}") == std::string::npos) {
+  if (std::none_of(text.begin(), text.end(), is_special)) {
     return text;
   }
   if (!may_be_expanded(text)) {
