@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <iterator>
 
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/node_group_parser.h>
@@ -51,18 +50,24 @@ bool add_to_present_group(const std::string& name, const std::shared_ptr<FwdNode
   return false;
 }
 
-/// Those of `nodes` that no group in `excluded` holds; both are in name order.
-SharedNodes nodes_outside(const SharedNodes& nodes, const std::set<std::string>& excluded,
-                          const Config& config) {
+/// Adds those of `nodes`, which are in name order, that no group in `excluded` holds.
+void insert_outside(const SharedNodes& nodes, const std::set<std::string>& excluded,
+                    const Config& config, ClusterDefinition& group) {
   ClusterDefinition::NodeSet inside;
   for (const std::string& name : excluded) {
-    const ClusterDefinition& group = *config.node_groups.at(name);
-    inside.insert(group.nodes.begin(), group.nodes.end());
+    const ClusterDefinition& each = *config.node_groups.at(name);
+    inside.insert(each.nodes.begin(), each.nodes.end());
   }
-  SharedNodes outside;
-  std::set_difference(nodes.begin(), nodes.end(), inside.begin(), inside.end(),
-                      std::back_inserter(outside), CompareNodes());
-  return outside;
+  auto next = inside.begin();
+  for (const auto& node : nodes) {
+    int order = -1;  // of the node and the next one inside
+    while (next != inside.end() && (order = node->hostname.compare((*next)->hostname)) > 0) {
+      ++next;
+    }
+    if (next == inside.end() || order != 0) {
+      group.insert_node_instance(node);
+    }
+  }
 }
 
 void insert_all(const SharedNodes& nodes, ClusterDefinition& group) {
@@ -227,7 +232,7 @@ void NodeGroupParser::create_implicit_group(const std::string& fwd_path, const S
   auto group = std::make_shared<ClusterDefinition>();
   group->implicit = true;
   group->name = name;
-  insert_all(nodes_outside(nodes, excluded, config), *group);
+  insert_outside(nodes, excluded, config, *group);
   group->excluded_groups = excluded;
   group->fwd_nodes.insert(clone);
   if (!config.node_groups.emplace(name, group).second) {

@@ -27,10 +27,9 @@ bool has_historic_subcluster(const Config& config) {
   return std::any_of(config.nodes.begin(), config.nodes.end(), historic_subcluster_present);
 }
 
-void add_nodes(node::Nodelist&& list, NodeGroupParser::NodeSet& nodes) {
-  // The set keeps the first of a name; names that come in order are placed at once.
+void add_nodes(node::Nodelist&& list, ClusterDefinition& group) {
   for (Node& each : list.nodes) {
-    nodes.insert(nodes.end(), std::make_shared<Node>(std::move(each)));
+    group.insert_node_instance(std::make_shared<Node>(std::move(each)));
   }
 }
 
@@ -83,15 +82,11 @@ int NodeGroupParser::read_groups(const std::vector<xmlNode*>& elements, Config& 
     if (!xml::get_attr(element, "name", group->name)) {
       continue;
     }
-    NodeSet nodes;
-    if (!turned_off && read_group_nodes(element, nodes, config) == 1) {
+    if (!turned_off && read_group_nodes(element, *group, config) == 1) {
       return 1;
     }
-    if (nodes.empty()) {
+    if (group->nodes.empty()) {
       continue;
-    }
-    for (const auto& node : nodes) {
-      group->insert_node_instance(node);
     }
     if (!config.node_groups.emplace(group->name, group).second) {
       log::ErrorLog(log::level::ERROR).stream()
@@ -107,10 +102,13 @@ int NodeGroupParser::parse_node_group(xmlNode* group_element, NodeSet& nodes, Co
   if (has_historic_subcluster(config)) {
     return 0;
   }
-  return read_group_nodes(group_element, nodes, config);
+  ClusterDefinition group;
+  const int status = read_group_nodes(group_element, group, config);
+  nodes = std::move(group.nodes);
+  return status;
 }
 
-int NodeGroupParser::read_group_nodes(const xmlNode* group_element, NodeSet& nodes,
+int NodeGroupParser::read_group_nodes(const xmlNode* group_element, ClusterDefinition& group,
                                       const Config& config) {
   const xmlNode* files = xml::get_child_node(group_element, "nodefiles");
   for (const std::string& path : xml::get_str_list(files, "path")) {
@@ -121,10 +119,10 @@ int NodeGroupParser::read_group_nodes(const xmlNode* group_element, NodeSet& nod
           << config.node_group_file << "\n";
       return 1;
     }
-    add_nodes(std::move(list), nodes);
+    add_nodes(std::move(list), group);
   }
   const xmlNode* names = xml::get_child_node(group_element, "nodes");
-  add_nodes(node::Nodelist(xml::get_str_list(names, "node")), nodes);
+  add_nodes(node::Nodelist(xml::get_str_list(names, "node")), group);
   return 0;
 }
 

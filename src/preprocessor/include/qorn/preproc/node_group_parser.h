@@ -61,7 +61,8 @@ class NodeGroupParser {
   using SharedNodes = std::vector<std::shared_ptr<Node>>;
 
   int read_groups(const std::vector<xmlNode*>& elements, Config& config);
-  int read_group_nodes(const xmlNode* group_element, NodeSet& nodes, const Config& config);
+  int read_group_nodes(const xmlNode* group_element, ClusterDefinition& group,
+                       const Config& config);
   void create_implicit_group(const std::string& fwd_path, const SharedNodes& nodes,
                              Config& config);
 };
