@@ -11,9 +11,8 @@
 namespace {
 
 bool has_role_of(const qorn::Node& node, const qorn::provider_config& provider) {
-  return std::any_of(node.roles.begin(), node.roles.end(), [&](const std::string& role) {
-    return provider.roles.count(role) != 0;
-  });
+  return std::any_of(node.roles.begin(), node.roles.end(),
+                     [&](const std::string& role) { return provider.roles.count(role) != 0; });
 }
 
 void print_provider(const qorn::Config& config, const qorn::provider_config& provider) {

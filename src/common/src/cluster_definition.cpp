@@ -1,8 +1,7 @@
-#include <qorn/cluster_definition.h>
-
 #include <algorithm>
 #include <iterator>
 
+#include <qorn/cluster_definition.h>
 #include <qorn/constants.h>
 #include <qorn/fwd.h>
 

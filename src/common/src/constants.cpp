@@ -16,18 +16,17 @@ const WordTable<Encoding> ENCODINGS = {
     {"none", Encoding::NONE}, {"base64", Encoding::BASE64}, {"raw", Encoding::RAW}};
 
 const WordTable<int> DATABASE_COLUMNS = {
-    {"rowid", 0},      {"Provider", 1},  {"Hostname", 2},  {"num_nodes", 3},
-    {"node_names", 4}, {"Exit_status", 5}, {"Timestamp", 6}, {"Duration", 7},
-    {"Encoding", 8},   {"STDOUT", 9},    {"STDERR", 10},   {"OptionID", 11},
-    {"version", 12},   {"Username", 13}, {"Unique_timestamp", 14}};
+    {"rowid", 0},      {"Provider", 1},    {"Hostname", 2},         {"num_nodes", 3},
+    {"node_names", 4}, {"Exit_status", 5}, {"Timestamp", 6},        {"Duration", 7},
+    {"Encoding", 8},   {"STDOUT", 9},      {"STDERR", 10},          {"OptionID", 11},
+    {"version", 12},   {"Username", 13},   {"Unique_timestamp", 14}};
 
 const WordTable<ScaleType> SCALE_TYPES = {{"constant", ScaleType::CONSTANT},
-                                                 {"linear", ScaleType::LINEAR},
-                                                 {"squared", ScaleType::SQUARED},
-                                                 {"logarithmic", ScaleType::LOGARITHMIC}};
+                                          {"linear", ScaleType::LINEAR},
+                                          {"squared", ScaleType::SQUARED},
+                                          {"logarithmic", ScaleType::LOGARITHMIC}};
 
-const WordTable<int> LOG_LEVELS = {{"debug", 7},   {"info", 6},  {"notice", 5},
-                                          {"warning", 4}, {"error", 3}, {"critical", 2},
-                                          {"alert", 1}};
+const WordTable<int> LOG_LEVELS = {{"debug", 7}, {"info", 6},     {"notice", 5}, {"warning", 4},
+                                   {"error", 3}, {"critical", 2}, {"alert", 1}};
 
 }  // namespace qorn

@@ -1,6 +1,5 @@
-#include <qorn/util/engine_helper.h>
-
 #include <qorn/log/output_log.h>
+#include <qorn/util/engine_helper.h>
 
 namespace qorn::util {
 

@@ -1,11 +1,11 @@
-#include <qorn/log/error_log.h>
-
-#include <syslog.h>
-
 #include <algorithm>
 #include <iostream>
 #include <limits>
 #include <string_view>
+
+#include <syslog.h>
+
+#include <qorn/log/error_log.h>
 
 namespace qorn::log {
 
@@ -14,7 +14,8 @@ int LOG_OUTPUT = 0;
 
 ErrorLog::ErrorLog(const char* /*file*/, const char* /*function*/, unsigned int /*line*/,
                    int message_level)
-    : level(message_level) {}
+    : level(message_level) {
+}
 
 // The text is viewed, not copied: an allocation that fails in a destructor would end the process.
 ErrorLog::~ErrorLog() {

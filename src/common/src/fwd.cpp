@@ -1,5 +1,3 @@
-#include <qorn/fwd.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <stdexcept>
@@ -7,6 +5,7 @@
 #include <unordered_set>
 
 #include <qorn/config.h>
+#include <qorn/fwd.h>
 #include <qorn/tree_budget.h>
 
 namespace qorn {

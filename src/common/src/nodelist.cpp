@@ -1,6 +1,6 @@
-#include <qorn/node/nodelist.h>
-
 #include <algorithm>
+
+#include <qorn/node/nodelist.h>
 
 namespace qorn::node {
 namespace {

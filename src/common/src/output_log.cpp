@@ -1,12 +1,11 @@
-#include <qorn/log/output_log.h>
-
-#include <sys/stat.h>
-
 #include <exception>
 #include <iostream>
 #include <string_view>
 #include <utility>
 
+#include <sys/stat.h>
+
+#include <qorn/log/output_log.h>
 #include <qorn/str.h>
 
 namespace qorn::log {

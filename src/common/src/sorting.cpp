@@ -1,7 +1,7 @@
-#include <qorn/sorting.h>
-
 #include <map>
 #include <stdexcept>
+
+#include <qorn/sorting.h>
 
 namespace qorn::enums {
 

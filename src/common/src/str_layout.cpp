@@ -1,10 +1,10 @@
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <qorn/str.h>
 

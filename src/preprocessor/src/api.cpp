@@ -1,5 +1,4 @@
 #include <qorn/api.h>
-
 #include <qorn/preproc/options.h>
 #include <qorn/preproc/preprocessor.h>
 

@@ -1,5 +1,3 @@
-#include <qorn/preproc/config.h>
-
 #include <cmath>
 #include <cstdio>
 #include <iostream>
@@ -8,6 +6,7 @@
 
 #include <qorn/fs.h>
 #include <qorn/log/error_log.h>
+#include <qorn/preproc/config.h>
 #include <qorn/preproc/preprocessor.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>

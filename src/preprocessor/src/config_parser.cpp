@@ -1,8 +1,7 @@
-#include <qorn/preproc/config_parser.h>
-
 #include <exception>
 
 #include <qorn/log/error_log.h>
+#include <qorn/preproc/config_parser.h>
 #include <qorn/xml.h>
 
 namespace qorn::preproc {
@@ -97,8 +96,7 @@ int ConfigParser::check_valid_log_level(const std::string& level) {
     return 0;
   }
   // The stray apostrophe is what scripts of administrators look for.
-  log::ErrorLog(log::level::ERROR).stream()
-      << "Invalid value specified for log-level': " << level;
+  log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for log-level': " << level;
   return 1;
 }
 
@@ -135,8 +133,7 @@ int ConfigParser::parse_tag_recollect(xmlNode* root, Config& config) {
     return 0;
   }
   try {
-    const std::string text =
-        xml::get_str(xml::get_child_node(root, "collector"), "re-collect", "");
+    const std::string text = xml::get_str(xml::get_child_node(root, "collector"), "re-collect", "");
     config.re_collect = text == "on";
   } catch (const std::exception& error) {
     return report_collector_tag("re-collect", error);

@@ -43,10 +43,9 @@ int ConfigParser::parse_tag_db(xmlNode* root, Config& config) {
       add_named_sources(config);
       return 0;
     }
-    const DataStoreConfig default_config(
-        DatabaseType::SQLITE, datastore::DEFAULT_DATASTORE_NAME,
-        datastore::DEFAULT_DATASTORE_SQLITE_EXTENSION_NAME, "",
-        datastore::default_source_parameters(only_reads(config)));
+    const DataStoreConfig default_config(DatabaseType::SQLITE, datastore::DEFAULT_DATASTORE_NAME,
+                                         datastore::DEFAULT_DATASTORE_SQLITE_EXTENSION_NAME, "",
+                                         datastore::default_source_parameters(only_reads(config)));
     config.datastores = DataStoreParseUtility::parse_db_configs(
         xml::get_child_node(root, "datastore_extensions"), default_config);
   } catch (const std::exception& error) {

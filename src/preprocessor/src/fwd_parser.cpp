@@ -1,5 +1,3 @@
-#include <qorn/preproc/fwd_parser.h>
-
 #include <algorithm>
 #include <iterator>
 #include <unordered_set>
@@ -8,6 +6,7 @@
 #include <qorn/fs.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config_parser.h>
+#include <qorn/preproc/fwd_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
@@ -75,8 +74,7 @@ void link(const std::shared_ptr<FwdNode>& node, const std::shared_ptr<Fwd>& fwd)
 
 int report_cycle(const FwdNode& member, const FwdNode& node) {
   log::ErrorLog(log::level::ERROR).stream() << "\n Circular depedency detected for "
-                                            << member.fwd->path << " in " << node.fwd->path
-                                            << "\n";
+                                            << member.fwd->path << " in " << node.fwd->path << "\n";
   return 1;
 }
 
@@ -101,8 +99,8 @@ int FWDParser::load_fwds(Config& config, bool update) {
   const std::string directory = config.root + "/etc/postprocessor";
   if (documents.parse_postproc_table_config(config, directory + "/table.xsd", faults) != 1) {
     xml::report(faults);
-  } else if (documents.parse_postproc_reports_config(config, directory + "/postproc.xsd",
-                                                     faults) == 1) {
+  } else if (documents.parse_postproc_reports_config(config, directory + "/postproc.xsd", faults) ==
+             1) {
     return 1;
   }
   // The knowledge base documents share the reports' schema file.
@@ -196,8 +194,8 @@ int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& confi
   }
   xmlNode* definition = xml::get_child_node(xml::root_of(doc), "framework_definition");
   fwd.kb_path = xml::get_str(definition, "kb_path", kb_path);
-  fwd.provider_aux_path = str::wordexp(
-      xml::get_str(definition, "provider_auxiliary_path", provider_aux_path));
+  fwd.provider_aux_path =
+      str::wordexp(xml::get_str(definition, "provider_auxiliary_path", provider_aux_path));
   log::debug("provider aux path: ", fwd.provider_aux_path);
   fwd.provider_path = str::wordexp(xml::get_str(definition, "provider_path", provider_path));
   log::debug("provider path: ", fwd.provider_path);

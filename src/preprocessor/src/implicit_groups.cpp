@@ -79,9 +79,8 @@ void insert_all(const SharedNodes& nodes, ClusterDefinition& group) {
 /// Takes the first member with that path out of a group's members; null when it has none.
 std::shared_ptr<FwdNode> take_member(internal::GroupAttributes<FwdNode>& group,
                                      const std::string& path) {
-  const auto found =
-      std::find_if(group.members.begin(), group.members.end(),
-                   [&](const auto& member) { return member->fwd->path == path; });
+  const auto found = std::find_if(group.members.begin(), group.members.end(),
+                                  [&](const auto& member) { return member->fwd->path == path; });
   if (found == group.members.end()) {
     return nullptr;
   }
@@ -100,8 +99,8 @@ bool cut(const std::shared_ptr<FwdNode>& copy, const std::string& path,
   bool taken = false;
   for (const auto& parent : found->parents) {
     // Once a member was taken, only the first group of a further parent is looked at.
-    const std::size_t groups = taken ? std::min<std::size_t>(parent->groups.size(), 1)
-                                     : parent->groups.size();
+    const std::size_t groups =
+        taken ? std::min<std::size_t>(parent->groups.size(), 1) : parent->groups.size();
     for (std::size_t i = 0; i < groups; ++i) {
       std::shared_ptr<FwdNode> member = take_member(parent->groups[i], path);
       if (member != nullptr) {
@@ -236,8 +235,7 @@ void NodeGroupParser::create_implicit_group(const std::string& fwd_path, const S
   group->excluded_groups = excluded;
   group->fwd_nodes.insert(clone);
   if (!config.node_groups.emplace(name, group).second) {
-    log::ErrorLog(log::level::ERROR).stream()
-        << "Failed to add " << name << "to list of groups";
+    log::ErrorLog(log::level::ERROR).stream() << "Failed to add " << name << "to list of groups";
     release_tree(clone);
   }
 }

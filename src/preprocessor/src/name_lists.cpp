@@ -26,8 +26,8 @@ void add_provider(const std::shared_ptr<provider_config>& provider, Config& conf
   const std::string noted = provider->name;
   provider->config_file =
       fs::abspath(Preprocessor::provider_path(provider->config_dir, provider->name));
-  const int status = read_provider_config(*provider, provider->config_file, config,
-                                          provider->aux_path, documents);
+  const int status =
+      read_provider_config(*provider, provider->config_file, config, provider->aux_path, documents);
   forget(config, noted, provider);
   if (status != 0) {
     forget(config, provider->name, provider);
@@ -71,8 +71,7 @@ void Preprocessor::find_database_names(Config& config) {
       }
     }
   } catch (const std::exception& error) {
-    log::ErrorLog(log::level::ERROR).stream()
-        << "Error thrown in when printing database name.";
+    log::ErrorLog(log::level::ERROR).stream() << "Error thrown in when printing database name.";
     log::ErrorLog(log::level::ERROR).stream() << error.what();
   }
 }

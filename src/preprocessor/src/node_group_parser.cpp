@@ -1,5 +1,3 @@
-#include <qorn/preproc/node_group_parser.h>
-
 #include <algorithm>
 
 #include <qorn/fs.h>
@@ -7,6 +5,7 @@
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
 #include <qorn/node/nodelist.h>
+#include <qorn/preproc/node_group_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
@@ -114,9 +113,8 @@ int NodeGroupParser::read_group_nodes(const xmlNode* group_element, ClusterDefin
   for (const std::string& path : xml::get_str_list(files, "path")) {
     node::Nodelist list;
     if (!node::read_nodefile(path, list)) {
-      log::OutputLog().stream()
-          << "Please check the hostfile included by the <nodefiles> tag in: "
-          << config.node_group_file << "\n";
+      log::OutputLog().stream() << "Please check the hostfile included by the <nodefiles> tag in: "
+                                << config.node_group_file << "\n";
       return 1;
     }
     add_nodes(std::move(list), group);
@@ -130,19 +128,17 @@ int NodeGroupParser::parse_fwd_node(xmlNode* fwd_element, Config& config,
                                     std::set<std::string>& seen) {
   std::string name;
   if (!xml::get_attr(fwd_element, "name", name)) {
-    log::ErrorLog(log::level::ERROR).stream()
-        << "The framework definition: "
-        << "was not found for this run. No filtering done.\n";
+    log::ErrorLog(log::level::ERROR).stream() << "The framework definition: "
+                                              << "was not found for this run. No filtering done.\n";
     return 0;
   }
   const std::string path = fwd_path_of(name, config);
   if (seen.count(path) != 0 || seen.count(name) != 0) {
-    log::OutputLog().stream()
-        << "ERROR: The framework definition " << name
-        << " has been declared multiple times in the node group file.\n"
-        << "Please correct the node group file framework definition "
-        << "groups and try again. For assistance please refer to either"
-        << " the User's Guide or the sample node group file provided.\n\n";
+    log::OutputLog().stream() << "ERROR: The framework definition " << name
+                              << " has been declared multiple times in the node group file.\n"
+                              << "Please correct the node group file framework definition "
+                              << "groups and try again. For assistance please refer to either"
+                              << " the User's Guide or the sample node group file provided.\n\n";
     return 1;
   }
   seen.insert(path);

@@ -1,5 +1,3 @@
-#include <qorn/preproc/options.h>
-
 #include <cstdint>
 #include <iostream>
 #include <stdexcept>
@@ -7,6 +5,7 @@
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/node/nodelist.h>
+#include <qorn/preproc/options.h>
 #include <qorn/str.h>
 
 namespace qorn::preproc {
@@ -240,8 +239,7 @@ bool Options::parse_args_collect(int option, Config& config, const std::string& 
   }
 }
 
-bool Options::parse_args_analyze(int option, Config& config, int index,
-                                 const std::string& value) {
+bool Options::parse_args_analyze(int option, Config& config, int index, const std::string& value) {
   switch (option) {
     case 'g':
       if (!config.node_group_file.empty()) {
@@ -327,8 +325,7 @@ bool Options::setSeverity(const std::string& value, int& severity) {
 bool Options::setLogLevel(const std::string& value, Config& config) {
   const auto found = LOG_LEVELS.find(value);
   if (found == LOG_LEVELS.end()) {
-    log::ErrorLog(log::level::ERROR).stream()
-        << "Invalid value specified for log-level: " << value;
+    log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for log-level: " << value;
     log::ErrorLog(log::level::ERROR).stream()
         << "Recognized values are (in increasing order of verbosity): alert, critical, error, "
            "warning, notice, info, debug [default = error].";

@@ -1,5 +1,3 @@
-#include <qorn/preproc/preprocessor.h>
-
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -11,6 +9,7 @@
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
 #include <qorn/preproc/clips_parser.h>
+#include <qorn/preproc/preprocessor.h>
 #include <qorn/tree_budget.h>
 #include <qorn/util/engine_helper.h>
 #include <qorn/xml/document.h>
@@ -26,16 +25,13 @@ int fail(const char* words) {
 }  // namespace
 
 Preprocessor::Preprocessor() {
-  commands = {
-      {"01", [this](int argc, char** argv, Config& config) {
-         return cmd_collect(argc, argv, config);
-       }},
-      {"10", [this](int argc, char** argv, Config& config) {
-         return cmd_analyze(argc, argv, config);
-       }},
-      {"generate_rules", [this](int argc, char** argv, Config& config) {
-         return cmd_generate_solutions(argc, argv, config);
-       }}};
+  commands = {{"01", [this](int argc, char** argv,
+                            Config& config) { return cmd_collect(argc, argv, config); }},
+              {"10", [this](int argc, char** argv,
+                            Config& config) { return cmd_analyze(argc, argv, config); }},
+              {"generate_rules", [this](int argc, char** argv, Config& config) {
+                 return cmd_generate_solutions(argc, argv, config);
+               }}};
 }
 
 int Preprocessor::Run(Config& config, int argc, char** argv) {
@@ -70,8 +66,7 @@ int Preprocessor::run_pipeline(Config& config, int argc, char** argv) {
   if (read_documents(config) == 1 || open_datastores(config) == 1) {
     return 1;
   }
-  if (config.common_options.parse_node_groups &&
-      node_group_parser.parse_group_file(config) == 1) {
+  if (config.common_options.parse_node_groups && node_group_parser.parse_group_file(config) == 1) {
     log::OutputLog().stream() << "Error in parsing node group file: " << config.node_group_file
                               << "\n";
     return 1;

@@ -1,11 +1,10 @@
-#include <qorn/preproc/print_handler.h>
-
 #include <iostream>
 #include <string_view>
 
 #include <qorn/datastore/datastore_parse_utility.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
+#include <qorn/preproc/print_handler.h>
 #include <qorn/str.h>
 #include <qorn/util/engine_helper.h>
 
@@ -51,8 +50,7 @@ const std::map<const char, PrintHandler::opt_details> PrintHandler::flag_map = {
     {'f',
      {"--nodefile <filename>", "<filename> contains line-separated list of compute node names"}},
     {'F',
-     {"--fwd <fwd>",
-      "specific framework definition (FWD) to collect/analyze (multiple allowed)"}},
+     {"--fwd <fwd>", "specific framework definition (FWD) to collect/analyze (multiple allowed)"}},
     {'g',
      {"--groupfile <filename>",
       "<filename> is xml file detailing specific nodegroups for qorn-analyze"}},
@@ -63,8 +61,7 @@ const std::map<const char, PrintHandler::opt_details> PrintHandler::flag_map = {
     {'n',
      {"--node-include <node>",
       "Filters for only the specified <node> issues in the analyzer output (multiple allowed)"}},
-    {'o',
-     {"--logfile <filename>", "<filename> to write output to, default is qorn_results.log"}},
+    {'o', {"--logfile <filename>", "<filename> to write output to, default is qorn_results.log"}},
     {'r',
      {"--permutations <#>",
       "<#> number of compute node pair permutations for data collection (default = 1)"}},
@@ -93,7 +90,8 @@ const std::map<std::string, std::string> PrintHandler::keyword_map = {
 PrintHandler::PrintHandler()
     : collect_letters_("ACDFSXcefhlrv"),
       analyze_letters_("12DFXcfghlnotvz"),
-      combined_letters_("12ACDFSXcefghlnortvz") {}
+      combined_letters_("12ACDFSXcefghlnortvz") {
+}
 
 const std::string& PrintHandler::letters_of(CommonHelpers::OPERATION_TYPE type) const {
   switch (type) {

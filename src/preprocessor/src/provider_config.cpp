@@ -51,8 +51,10 @@ class ProviderReader {
       return false;
     }
     read_encoding();
-    provider_.max_nodes = read_node_count("max_nodes", "Multiple max node elements in", provider_.max_nodes);
-    provider_.min_nodes = read_node_count("min_nodes", "Multiple min node elements in", provider_.min_nodes);
+    provider_.max_nodes =
+        read_node_count("max_nodes", "Multiple max node elements in", provider_.max_nodes);
+    provider_.min_nodes =
+        read_node_count("min_nodes", "Multiple min node elements in", provider_.min_nodes);
     read_success_codes();
     read_version();
     read_roles();
@@ -120,8 +122,8 @@ class ProviderReader {
       provider_.cluster = ClusterType::ANY;
     } else {
       // The closing bracket is missing from the text that engines and scripts know.
-      warn("Unknown cluster attribute in '" + file_ +
-           "'. Using the default instead (will use a " + "cluster of nodes with any architecture");
+      warn("Unknown cluster attribute in '" + file_ + "'. Using the default instead (will use a " +
+           "cluster of nodes with any architecture");
     }
   }
 
@@ -135,8 +137,8 @@ class ProviderReader {
   }
 
   void read_encoding() {
-    const Element* element = first_of("encoding", "Multiple encoding elements found in",
-                                      ". Using the first one.");
+    const Element* element =
+        first_of("encoding", "Multiple encoding elements found in", ". Using the first one.");
     if (element == nullptr) {
       return;
     }
@@ -238,8 +240,8 @@ class ProviderReader {
   void read_method(const std::string& word) {
     const auto found = NODELIST_METHODS.find(word);
     if (found == NODELIST_METHODS.end()) {
-      warn("Invalid value for method attribute in '" + file_ + "'. Valid values are: " +
-           "none, rotate_right, rotate_left, round_robin, random");
+      warn("Invalid value for method attribute in '" + file_ +
+           "'. Valid values are: " + "none, rotate_right, rotate_left, round_robin, random");
     } else {
       provider_.nodelist_method = found->second;
     }
@@ -252,8 +254,8 @@ class ProviderReader {
       return true;
     }
     log::ErrorLog(log::level::ERROR).stream()
-        << "Can not create cluster with a minimum of " << provider_.min_nodes
-        << " and maximum of " << provider_.max_nodes << " nodes";
+        << "Can not create cluster with a minimum of " << provider_.min_nodes << " and maximum of "
+        << provider_.max_nodes << " nodes";
     return false;
   }
 

@@ -1,19 +1,19 @@
 #include "provider_document.h"
 
-#include <unistd.h>
-
 #include <array>
 #include <cerrno>
 #include <string_view>
+
+#include <unistd.h>
 
 #include <qorn/xml.h>
 
 namespace qorn::preproc {
 namespace {
 
-constexpr std::array<std::string_view, 9> ELEMENTS = {
-    "architecture", "command", "encoding", "max_nodes", "min_nodes",
-    "nodelist",     "role",    "timeout",  "version"};
+constexpr std::array<std::string_view, 9> ELEMENTS = {"architecture", "command",   "encoding",
+                                                      "max_nodes",    "min_nodes", "nodelist",
+                                                      "role",         "timeout",   "version"};
 
 bool is_known(std::string_view name) {
   for (const std::string_view each : ELEMENTS) {

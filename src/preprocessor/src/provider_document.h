@@ -34,7 +34,8 @@ class ProviderDocuments {
   struct Outcome {
     int access_error = 0;  // error number when the file can't be accessed
     std::vector<xml::Fault> faults;
-    std::optional<ProviderDocument> document;  // none when it can't be accessed or isn't well-formed
+    std::optional<ProviderDocument>
+        document;  // none when it can't be accessed or isn't well-formed
   };
 
   /// What reading `file` gives. Logs what there is to say about the document itself: nothing when

@@ -31,8 +31,8 @@ void log_unknown_scale(const std::string& word, const std::string& provider,
 void log_bad_timeout(int level, const std::string& value, const std::string& provider,
                      const std::string& optionset) {
   log::ErrorLog(level).stream() << "Timeout specification"
-                                << " for provider " << provider << ", with option set "
-                                << optionset << " is invalid, with the given value of, " << value
+                                << " for provider " << provider << ", with option set " << optionset
+                                << " is invalid, with the given value of, " << value
                                 << " and will be ignored";
 }
 
@@ -176,8 +176,8 @@ std::string configuration_conversion_helper(const Variables& variables,
   std::string result;
   for (const auto& [key, value] : variables) {
     if (key != "timeout" && key != "scale") {
-      result += "QORN_PROVIDER_" + provider + "_" + str::upper(key) + "=\"" +
-                str::stripws(value) + "\" ";
+      result +=
+          "QORN_PROVIDER_" + provider + "_" + str::upper(key) + "=\"" + str::stripws(value) + "\" ";
     }
   }
   return result;

@@ -1,10 +1,9 @@
-#include <qorn/rule_xml_parser.h>
-
 #include <exception>
 #include <map>
 #include <string_view>
 
 #include <qorn/log/error_log.h>
+#include <qorn/rule_xml_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
@@ -59,8 +58,7 @@ int parseRulesXML(Config& config) {
     }
     xmlNode* root = xml::root_of(doc);
     if (root == nullptr) {
-      log_error("Should have one or more rules defined.  None are defined in " +
-                config.rules_file);
+      log_error("Should have one or more rules defined.  None are defined in " + config.rules_file);
       return 1;
     }
     parseConfigTag(config, root);

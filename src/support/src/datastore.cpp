@@ -1,11 +1,11 @@
-#include <sqlite3.h>
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+
+#include <sqlite3.h>
+#include <sys/stat.h>
 
 #include <qorn/datastore/datastore_parse_utility.h>
 #include <qorn/fs.h>
@@ -85,8 +85,7 @@ void prepare_directory(const std::string& file) {
 /// Opens `file` and reads its header. Throws std::runtime_error with SQLite's reason.
 std::shared_ptr<DataStoreExtension> open_sqlite(const std::string& file, bool read_only) {
   sqlite3* connection = nullptr;
-  const int flags =
-      read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
+  const int flags = read_only ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE;
   int status = sqlite3_open_v2(file.c_str(), &connection, flags, nullptr);
   if (connection == nullptr) {
     throw std::bad_alloc();
@@ -197,8 +196,8 @@ CombinedRType DataStoreParseUtility::get_configurations_by_type(
     int /*flag*/) {
   const auto wanted = [&](const DataStoreConfig& config) {
     const bool has_source = !access.test(0) || !config.name.empty();
-    return has_source && (types.empty() ||
-                          std::find(types.begin(), types.end(), config.type) != types.end());
+    return has_source &&
+           (types.empty() || std::find(types.begin(), types.end(), config.type) != types.end());
   };
   CombinedRType result;
   for (const auto& each : combined.opened) {

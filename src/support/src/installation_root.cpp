@@ -1,8 +1,8 @@
-#include <dlfcn.h>
-
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+
+#include <dlfcn.h>
 
 #include <qorn/fs.h>
 #include <qorn/node.h>

@@ -1,11 +1,10 @@
-#include <qorn/xml.h>
-
-#include <libxml/parser.h>
-
 #include <map>
 #include <stdexcept>
 
+#include <libxml/parser.h>
+
 #include <qorn/str.h>
+#include <qorn/xml.h>
 
 namespace qorn::xml {
 namespace {
@@ -101,8 +100,8 @@ bool get_txt(const xmlNode* node, std::string& text) {
 }
 
 bool get_attr(const xmlNode* node, const char* name, std::string& value) {
-  const TextPtr text(
-      node == nullptr ? nullptr : xmlGetProp(node, reinterpret_cast<const xmlChar*>(name)));
+  const TextPtr text(node == nullptr ? nullptr
+                                     : xmlGetProp(node, reinterpret_cast<const xmlChar*>(name)));
   if (text == nullptr) {
     return false;
   }

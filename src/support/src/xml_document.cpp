@@ -361,8 +361,7 @@ DocumentPtr read_valid_document(const std::string& path, const std::string& xsd,
     return nullptr;
   }
   const std::shared_ptr<Schema> schema = schema_of(xsd, faults);
-  if (schema == nullptr ||
-      !validate(*doc, *schema, str::unescape_blanks(path), faults)) {
+  if (schema == nullptr || !validate(*doc, *schema, str::unescape_blanks(path), faults)) {
     return nullptr;
   }
   return doc;

@@ -1,7 +1,7 @@
-#include <qorn/xml/xpath.h>
-
 #include <memory>
 #include <new>
+
+#include <qorn/xml/xpath.h>
 
 namespace qorn::xml {
 namespace {

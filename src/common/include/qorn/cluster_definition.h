@@ -18,7 +18,7 @@ struct Node {
   std::string subcluster;  // empty or DEFAULT_SUBCLUSTER: none of its own
   std::string hostname;
   std::vector<std::string> roles;
-  std::set<std::string> reader_set;              // reader_…: a node reader's, only copied here
+  std::set<std::string> reader_set;  // reader_…: a node reader's, only copied here
   std::string reader_text;
   std::array<std::uint64_t, 2> reader_words{};
 };

@@ -27,10 +27,10 @@ namespace qorn {
 
 /// Settings common to all front-ends.
 struct CommonOptions {
-  bool debug_log = false;                // "-l debug" was given
-  bool config_parsed = false;            // the main document was read to its end
-  bool skip_command_processing = false;  // the caller's: Run leaves argc and argv alone
-  bool parse_node_groups = false;        // the caller's: Run reads the node group document
+  bool debug_log = false;                         // "-l debug" was given
+  bool config_parsed = false;                     // the main document was read to its end
+  bool skip_command_processing = false;           // the caller's: Run leaves argc and argv alone
+  bool parse_node_groups = false;                 // the caller's: Run reads the node group document
   std::vector<std::string> deprecation_messages;  // the caller's: printed as they stand
 };
 
@@ -41,12 +41,12 @@ struct Config {
   /// Capacity of the fields that are plain character arrays, with the final NUL.
   static constexpr std::size_t PATH_CAPACITY = 4096;
 
-  std::uint64_t operations = 0;         // bits of qorn::operation: the stages of the run
-  std::uint32_t num_permutations = 0;   // of node lists; 0 none given, ALL_PERMUTATIONS all
+  std::uint64_t operations = 0;        // bits of qorn::operation: the stages of the run
+  std::uint32_t num_permutations = 0;  // of node lists; 0 none given, ALL_PERMUTATIONS all
   bool ignore_subclusters = false;
   bool re_collect = false;
-  bool env_propagation = true;          // for collector extensions
-  std::int32_t db_close_delay = 0;      // in the collect engine's unit
+  bool env_propagation = true;            // for collector extensions
+  std::int32_t db_close_delay = 0;        // in the collect engine's unit
   std::vector<std::string> node_include;  // nodes to keep in the analyzer's output
   std::vector<Sorting> sort_fields;       // first key first
   std::vector<Suppression> suppressions;
@@ -54,15 +54,15 @@ struct Config {
   std::vector<std::string> kb_config_files;
   std::unordered_map<std::string, std::string> message_categories;  // message id to category
   CommonOptions common_options;
-  std::shared_ptr<FwdRegistry> fwds = std::make_shared<FwdRegistry>();  // never null
+  std::shared_ptr<FwdRegistry> fwds = std::make_shared<FwdRegistry>();          // never null
   std::unordered_map<std::string, std::shared_ptr<provider_config>> providers;  // by name
   std::string command_line;  // readable, joined by blanks, without quoting
   std::string log_level;     // a word of LOG_LEVELS
   std::string config_file;   // main document; blanks escaped when from the command line
   std::string custom_provider_file;
   std::string config_xsd;
-  std::string node_file;        // blanks escaped
-  std::string node_group_file;  // blanks escaped when from the command line
+  std::string node_file;                    // blanks escaped
+  std::string node_group_file;              // blanks escaped when from the command line
   std::vector<std::string> database_names;  // sources of the stores in use
   std::vector<std::string> db_names;        // sources of the command line
   std::uint64_t option_flags = 0;           // bits of qorn::option_flag

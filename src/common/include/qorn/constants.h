@@ -37,8 +37,8 @@ inline constexpr std::uint64_t CUSTOM_PROVIDERS = 32;
 }  // namespace option_flag
 
 inline constexpr std::array<const char*, 9> NODE_ROLES = {
-    "boot", "compute", "enhanced", "external", "head", "job_schedule", "login", "network_address",
-    "storage"};
+    "boot",         "compute", "enhanced",        "external", "head",
+    "job_schedule", "login",   "network_address", "storage"};
 
 /// How the node list of a provider that runs on several nodes is ordered.
 enum class nodelist_method_t : int { NONE, ROTATE_RIGHT, ROTATE_LEFT, ROUND_ROBIN, RANDOM };

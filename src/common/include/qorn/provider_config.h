@@ -31,9 +31,9 @@ struct provider_config {
   ScaleType timeout_scale = ScaleType::CONSTANT;
   std::int32_t version = 1;
   nodelist_method_t nodelist_method = nodelist_method_t::NONE;
-  std::uint32_t permutations = 1;   // ALL_PERMUTATIONS means all
-  std::set<std::string> roles;      // of the nodes on which the provider runs
-  std::set<int> success_codes{0};   // exit codes
+  std::uint32_t permutations = 1;  // ALL_PERMUTATIONS means all
+  std::set<std::string> roles;     // of the nodes on which the provider runs
+  std::set<int> success_codes{0};  // exit codes
   /// The framework definitions that name the provider; they live as long as the registry.
   std::set<const Fwd*> fwds;
 };

@@ -13,7 +13,8 @@
 /// - Before Run: nothing; a record is handed over as constructed, but for skip_command_processing
 ///   and parse_node_groups of its common_options. A front-end without a main document may call
 ///   qorn::init_api_config and qorn::set_suppressions instead of Run.
-/// - After a Run that gave 0, by the front-end: log::OutputLog::set_out_streams(config.log_file, ...)
+/// - After a Run that gave 0, by the front-end: log::OutputLog::set_out_streams(config.log_file,
+/// ...)
 ///   opens the log file, if one was asked for.
 /// - By an engine, once it knows the nodes of a run that reads from a database: it sets
 ///   config.cluster_definition and calls preproc::NodeGroupParser::create_node_groups.

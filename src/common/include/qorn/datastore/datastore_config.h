@@ -29,8 +29,8 @@ struct DataStoreConfig {
   std::string name;
   std::string extension_name;  // the extension that serves the store
   std::string extension_text;
-  std::string parameters;     // fields joined by "|": source, read_only
-  std::uint64_t handle = 0;   // the engine's; zero means none
+  std::string parameters;    // fields joined by "|": source, read_only
+  std::uint64_t handle = 0;  // the engine's; zero means none
 };
 
 /// An open connection to a store; closes with its last owner.

@@ -21,7 +21,7 @@ class Nodelist {
   /// 63 letters, digits, underscores and inner hyphens (RFC 1123, and the underscore).
   static bool hostname_valid(std::string_view name);
 
-  std::vector<Node> nodes;  // in file order
+  std::vector<Node> nodes;                // in file order
   std::map<std::string, int> name_index;  // stays empty: nothing here looks a node up by name
 };
 

@@ -63,8 +63,7 @@ class NodeGroupParser {
   int read_groups(const std::vector<xmlNode*>& elements, Config& config);
   int read_group_nodes(const xmlNode* group_element, ClusterDefinition& group,
                        const Config& config);
-  void create_implicit_group(const std::string& fwd_path, const SharedNodes& nodes,
-                             Config& config);
+  void create_implicit_group(const std::string& fwd_path, const SharedNodes& nodes, Config& config);
 };
 
 }  // namespace qorn::preproc

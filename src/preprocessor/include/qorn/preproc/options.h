@@ -1,9 +1,9 @@
 #pragma once
 
-#include <getopt.h>
-
 #include <string>
 #include <vector>
+
+#include <getopt.h>
 
 #include <qorn/config.h>
 #include <qorn/preproc/common_helpers.h>

@@ -55,8 +55,7 @@ class DataStoreParseUtility {
   /// name) and whose type is among `types`; no types mean any. `flag` has no effect.
   static CombinedRType get_configurations_by_type(const CombinedRType& combined,
                                                   std::bitset<2> access,
-                                                  const std::vector<DatabaseType>& types,
-                                                  int flag);
+                                                  const std::vector<DatabaseType>& types, int flag);
 
   /// Opens the stores, which become the list of the process. A store that is only read must be
   /// there and a database, but for the default source, which may not exist yet (one line at level

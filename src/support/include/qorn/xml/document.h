@@ -21,7 +21,7 @@ struct Fault {
   enum class Severity : int { WARNING, ERROR };
 
   std::string file;
-  long line = 0;  // 0: the fault has no line
+  long line = 0;    // 0: the fault has no line
   long column = 0;  // 0: unknown
   Severity severity = Severity::ERROR;
   std::string text;
