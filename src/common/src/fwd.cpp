@@ -142,10 +142,11 @@ std::shared_ptr<FwdNode> FwdNode::clone_impl(std::shared_ptr<FwdNode> parent) {
   std::shared_ptr<FwdNode> root = copy_of(*this, parent);
   std::vector<std::pair<const FwdNode*, std::shared_ptr<FwdNode>>> unfinished{{this, root}};
   while (!unfinished.empty()) {
-    const auto [source, copy] = unfinished.back();
+    const FwdNode& source = *unfinished.back().first;
+    const std::shared_ptr<FwdNode> copy = unfinished.back().second;
     unfinished.pop_back();
     internal::GroupAttributes<FwdNode> all;
-    for_each_member(*source, [&](const auto& member) {
+    for_each_member(source, [&](const auto& member) {
       all.members.push_back(copy_of(*member, copy));
       unfinished.emplace_back(member.get(), all.members.back());
     });
