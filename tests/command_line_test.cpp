@@ -1,6 +1,4 @@
-#include <cstring>
 #include <filesystem>
-#include <sstream>
 #include <stdexcept>
 
 #include <gtest/gtest.h>
@@ -21,59 +19,43 @@ std::vector<std::string> words_of(const std::string& line) {
   return words;
 }
 
-/// argv for a program name and a line.
-class Arguments {
- public:
-  Arguments(const std::string& program, const std::string& line) : texts_(words_of(line)) {
-    texts_.insert(texts_.begin(), program);
-    for (std::string& text : texts_) {
-      pointers_.push_back(text.data());
-    }
-    pointers_.push_back(nullptr);
-  }
-  int count() const { return static_cast<int>(texts_.size()); }
-  char** values() { return pointers_.data(); }
+std::string show(const char* name, const std::string& value) {
+  return value.empty() || value == "0" ? "" : std::string(" ") + name + "=" + value;
+}
 
- private:
-  std::vector<std::string> texts_;
-  std::vector<char*> pointers_;
-};
+std::string show(const char* name, std::uint64_t value) {
+  return show(name, std::to_string(value));
+}
 
-/// What options have changed, as " name=value" each.
+/// What options have changed, as "name=value" each.
 std::string settings(const Config& config) {
-  std::ostringstream out;
-  const auto show = [&](const char* name, const auto& value, const auto& unset) {
-    if (value != unset) {
-      out << ' ' << name << '=' << value;
-    }
-  };
-  const auto show_list = [&](const char* name, const std::vector<std::string>& values) {
-    for (const std::string& value : values) {
-      out << ' ' << name << '=' << value;
-    }
-  };
-  show("config", config.config_file, "");
-  show("nodes", config.node_file, "");
-  show_list("fwd", config.fwds->names);
-  show_list("db", config.db_names);
-  show("groups", config.node_group_file, "");
-  show("log", config.log_file, "");
-  show("level", config.log_level, "");
-  show("debug", config.common_options.debug_log, false);
-  show_list("include", config.node_include);
-  show("permutations", config.num_permutations, 0U);
-  show("severity", config.min_severity, 0);
-  show("re_collect", config.re_collect, false);
-  show("environment", config.env_propagation, true);
-  show("ignore_subclusters", config.ignore_subclusters, false);
+  std::string text;
   for (const Sorting& sorting : config.sort_fields) {
-    out << " sort=" << (sorting.ascending ? '+' : '-') << static_cast<int>(sorting.field);
+    text += (sorting.ascending ? " sort=+" : " sort=-") +
+            std::to_string(static_cast<int>(sorting.field));
   }
   for (const ConfigParam& param : config.config_params) {
-    out << ' ' << param.group << param.name << '=' << param.values.at(0);
+    text += " " + param.group + param.name + "=" + joined(param.values);
   }
-  show("flags", config.option_flags, 0U);
-  return out.str().empty() ? "" : out.str().substr(1);
+  text +=
+      show("config", config.config_file) + show("nodes", config.node_file) +
+      show("fwd", joined(config.fwds->names)) + show("db", joined(config.db_names)) +
+      show("groups", config.node_group_file) + show("log", config.log_file) +
+      show("level", config.log_level) + show("debug", config.common_options.debug_log) +
+      show("include", joined(config.node_include)) + show("permutations", config.num_permutations) +
+      show("severity", std::to_string(config.min_severity)) +
+      show("re_collect", config.re_collect) +
+      show("no_environment", config.env_propagation ? 0U : 1U) +
+      show("ignore_subclusters", config.ignore_subclusters) + show("flags", config.option_flags);
+  return str::stripws(text);
+}
+
+/// Lets options read a line for the stages in `config`.
+Printed parse(preproc::Options& options, const std::string& line, Config& config, bool& accepted) {
+  Arguments arguments(words_of(line));
+  log::OutputLog::set_out_streams("", std::ios_base::out);
+  return printed(
+      [&] { accepted = options.parse_args(arguments.count(), arguments.values(), config); });
 }
 
 constexpr const char* NO_COLLECT =
@@ -116,10 +98,10 @@ const std::vector<OptionCase> OPTION_CASES = {
     {COLLECT, "-c x --config y", true, "config=y", ""},
     {COLLECT, "-f a --nodelist b --machinefile c", true, "nodes=a",
      only_one("-f/--nodefile", "nodefile") + only_one("-f/--nodefile", "nodefile")},
-    {ANALYZE, "-F a --fwd=b --framework-definition c", true, "fwd=a fwd=b fwd=c flags=1", ""},
-    {BOTH, "-F a -X b -F c -a --FWD_description d", true, "fwd=a fwd=b flags=17",
+    {ANALYZE, "-F a --fwd=b --framework-definition c", true, "fwd=a,b,c flags=1", ""},
+    {BOTH, "-F a -X b -F c -a --FWD_description d", true, "fwd=a,b flags=17",
      only_one("-X/--FWD_description", "Framework Definition")},
-    {COLLECT, "-D a%b --db c", true, "db=a\\ b db=c", ""},
+    {COLLECT, "-D a%b --db c", true, "db=a\\ b,c", ""},
     {COLLECT, "--level debug", true, "level=debug debug=1", ""},
     {COLLECT, "--log-level alert -l info", true, "level=info", ""},
     {COLLECT, "-l bogus", false, "flags=8",
@@ -133,11 +115,13 @@ const std::vector<OptionCase> OPTION_CASES = {
     {COLLECT, "-a", true, "fwd=health_base flags=1",
      "-a/--all has been deprecated. Please use Framework Definitions instead.\n"},
     {COLLECT, "-C -e -S -r 3", true,
-     "permutations=3 re_collect=1 environment=0 ignore_subclusters=1", ""},
+     "permutations=3 re_collect=1 no_environment=1 ignore_subclusters=1", ""},
     {BOTH, "--re-collect-data --environment-propagation-off --ignore-subclusters", true,
-     "re_collect=1 environment=0 ignore_subclusters=1", ""},
+     "re_collect=1 no_environment=1 ignore_subclusters=1", ""},
     {BOTH, "-r 7 -r 0", true, "permutations=4294967295", ""},
-    {BOTH, "--permutations ALL", true, "permutations=4294967295", ""},
+    // the level holds from its option on
+    {BOTH, "-r 1 -l debug --permutations ALL", true, "level=debug debug=1 permutations=4294967295",
+     "Over riding XML specified permutations with value: 4294967295\n"},
     {COLLECT, "-r -1", false, "flags=8", std::string(PERMUTATIONS) + NO_COLLECT},
     {BOTH, "-r 07", false, "flags=8", PERMUTATIONS},
     {BOTH, "-r +7", false, "flags=8", PERMUTATIONS},
@@ -149,7 +133,7 @@ const std::vector<OptionCase> OPTION_CASES = {
      only_one("-g/--groupfile", "set the group configuration file") +
          only_one("-g/--groupfile", "set the group configuration file")},
     {ANALYZE, "-o a --logfile b", true, "log=a", only_one("-o/--logfile", "set the logfile")},
-    {ANALYZE, "-n node1 --node-include node_2", true, "include=node1 include=node_2", ""},
+    {ANALYZE, "-n node1 --node-include node_2", true, "include=node1,node_2", ""},
     {ANALYZE, "-n a%b", false, "flags=8",
      std::string("Invalid value specified for hostname: a\\ b\n") + NO_ANALYZE},
     {ANALYZE, "-t 7 --threshold-too-old 8days -t -1", true,
@@ -172,7 +156,7 @@ const std::vector<OptionCase> OPTION_CASES = {
     {BOTH, "-h --bogus", false, "flags=8", "qorn: unrecognized option '--bogus'\n"},
     {BOTH, "-f", false, "flags=8", "qorn: option requires an argument -- 'f'\n"},
     {BOTH, "--all=x", false, "flags=8", "qorn: option '--all' doesn't allow an argument\n"},
-    {BOTH, "--fw a --group b --sort-a id --nodef c", true, "nodes=c fwd=a groups=b sort=+0 flags=1",
+    {BOTH, "--fw a --group b --sort-a id --nodef c", true, "sort=+0 nodes=c fwd=a groups=b flags=1",
      ""},
     {BOTH, "--node x", false, "flags=8",
      "qorn: option '--node' is ambiguous; possibilities: '--nodelist' '--nodegroup' "
@@ -185,14 +169,11 @@ const std::vector<OptionCase> OPTION_CASES = {
 TEST(CommandLine, EachOptionFillsItsFieldOrIsRefusedInItsWords) {
   for (const OptionCase& each : OPTION_CASES) {
     SCOPED_TRACE(std::to_string(each.operations) + ": " + each.line);
-    Arguments arguments("qorn", each.line);
     Config config;
     config.operations = each.operations;
     preproc::Options options;
     bool accepted = false;
-    log::OutputLog::set_out_streams("", std::ios_base::out);
-    const Printed text = printed(
-        [&] { accepted = options.parse_args(arguments.count(), arguments.values(), config); });
+    const Printed text = parse(options, each.line, config, accepted);
     EXPECT_EQ(accepted, each.accepted);
     EXPECT_EQ(settings(config), each.settings);
     EXPECT_EQ(text.errors, each.errors);
@@ -202,16 +183,6 @@ TEST(CommandLine, EachOptionFillsItsFieldOrIsRefusedInItsWords) {
     EXPECT_EQ(text.output.find(head) != std::string::npos, !each.accepted);
     EXPECT_EQ(text.output.find(BETA) != std::string::npos, !config.node_group_file.empty());
   }
-}
-
-TEST(CommandLine, TheLogLevelHoldsFromItsOptionOn) {
-  Arguments arguments("qorn", "-r 1 -l debug -r 2");
-  Config config;
-  config.operations = BOTH;
-  preproc::Options options;
-  const Printed text =
-      printed([&] { options.parse_args(arguments.count(), arguments.values(), config); });
-  EXPECT_EQ(text.errors, "Over riding XML specified permutations with value: 2\n");
 }
 
 TEST(CommandLine, ANumberThatIsNoneEndsTheRunWithTheBareWord) {
@@ -227,20 +198,18 @@ TEST(CommandLine, ANumberThatIsNoneEndsTheRunWithTheBareWord) {
 // A line that ended within a word used to leave the rest of the word to the next one.
 TEST(CommandLine, SeveralLinesInOneProcessKnowNothingOfOneAnother) {
   for (const char* earlier : {"-hZ", "-hZC", "stray -f x other", "-f"}) {
-    for (const bool is_command : {true, false}) {
+    for (const char* line : {"-e -F a", "01 -e -F a"}) {
       Config config;
       config.operations = BOTH;
       preproc::Options options;
-      Arguments broken("qorn", earlier);
-      printed([&] { options.parse_args(broken.count(), broken.values(), config); });
+      bool accepted = true;
+      parse(options, earlier, config, accepted);
+      EXPECT_FALSE(accepted);
       Config next;
       next.operations = BOTH;
-      options.is_command = is_command;
-      Arguments good("qorn", is_command ? "01 -e -F a" : "-e -F a");
-      const Printed text =
-          printed([&] { EXPECT_TRUE(options.parse_args(good.count(), good.values(), next)); });
-      EXPECT_EQ(settings(next), "fwd=a environment=0 flags=1") << earlier;
-      EXPECT_EQ(text.errors, "") << earlier;
+      options.is_command = *line == '0';
+      EXPECT_EQ(parse(options, line, next, accepted).errors, "") << earlier;
+      EXPECT_EQ(settings(next), "fwd=a no_environment=1 flags=1") << earlier;
     }
   }
 }
@@ -270,7 +239,7 @@ TEST(CommandLine, TheFirstArgumentSelectsTheCommand) {
   };
   for (const Case& each : cases) {
     SCOPED_TRACE(each.line);
-    Arguments arguments(each.program, each.line);
+    Arguments arguments(words_of(each.line), each.program);
     Config config;
     config.option_flags = option_flag::USAGE | option_flag::FWD_DESCRIPTION;
     preproc::Preprocessor preprocessor;
@@ -293,14 +262,6 @@ TEST(CommandLine, OddCallsOfTheDispatcherEndInExceptions) {
   EXPECT_THROW(preprocessor.ProcessCommand(0, no_name, config), std::logic_error);
   preproc::Preprocessor::cmd_struct empty{"empty", {}};
   EXPECT_THROW(preprocessor.ParseCommand(&empty, 0, no_name, config), std::bad_function_call);
-  EXPECT_EQ(preprocessor.check_cmd_existence(nullptr), nullptr);
-  EXPECT_EQ(preprocessor.check_cmd_existence("Generate_rules"), nullptr);
-  ASSERT_NE(preprocessor.check_cmd_existence("10"), nullptr);
-  char program[] = "qorn";
-  char other[] = "01";
-  char* other_command[] = {program, other, nullptr};
-  EXPECT_EQ(preprocessor.cmd_generate_solutions(2, other_command, config), 0);
-  EXPECT_EQ(config.rules_xsd, "");
 }
 
 TEST(CommandLine, TheCloseDelayIsResetByBadTextAndKeptByNegativeNumbers) {
@@ -364,18 +325,6 @@ TEST(CommandLine, UsageHoldsTheWordsOfEachOptionOfTheStage) {
       EXPECT_LE(line.size(), 80U) << line;
     }
   }
-}
-
-TEST(CommandLine, TheVersionStandsAloneAndUsageWinsOverIt) {
-  const Installation installation;
-  RunResult version;
-  EXPECT_EQ(installation.run({"-v"}, version), 2);
-  EXPECT_EQ(version.output.find(util::EngineHelper::format_header()), 0U);
-  EXPECT_EQ(version.output.find("Usage:"), std::string::npos);
-  RunResult usage;
-  EXPECT_EQ(installation.run({"-v", "-h"}, usage), 2);
-  EXPECT_NE(usage.output.find("Usage:"), std::string::npos);
-  EXPECT_EQ(usage.output.find(util::EngineHelper::format_header()), std::string::npos);
 }
 
 TEST(CommandLine, PathsWithBlanksWorkInEveryOption) {

@@ -9,40 +9,21 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string joined(const Texts& texts) {
-  std::string result;
-  for (const std::string& text : texts) {
-    result.append(result.empty() ? "" : ",").append(text);
-  }
-  return result;
-}
-
 std::string describe(const std::vector<ConfigParam>& params) {
-  std::ostringstream out;
+  std::string text;
   for (const ConfigParam& param : params) {
-    out << param.group << '/' << param.name << '=' << joined(param.values) << ' '
-        << param.second_text << param.third_text;
+    text += param.group + '/' + param.name + '=' + joined(param.values) + ' ';
   }
-  return out.str();
+  return text;
 }
 
 std::string describe(const std::vector<Suppression>& suppressions) {
-  std::ostringstream out;
+  std::string text;
   for (const Suppression& each : suppressions) {
-    out << each.node_id << '/' << each.severity << '/' << each.id << '/' << each.confidence << ' ';
+    text += each.node_id + '/' + std::to_string(each.severity) + '/' + each.id + '/' +
+            std::to_string(each.confidence) + ' ';
   }
-  return out.str();
-}
-
-std::string describe(const Config& config) {
-  std::ostringstream out;
-  out << "level=" << config.log_level << " groups=" << config.node_group_file
-      << " fwds=" << joined(config.fwds->names) << " extension=" << config.collect_extension
-      << " flags=" << config.re_collect << config.env_propagation << ' ' << config.option_flags;
-  for (const PostprocessorExtension& extension : config.postprocessor_extensions) {
-    out << " postprocessor=" << extension.name;
-  }
-  return str::replace(out.str(), config.root, "ROOT");
+  return text;
 }
 
 /// A document, its status and the lines about it; DIR is the directory of the test.
@@ -55,66 +36,67 @@ struct DocumentCase {
 
 class ConfigParserTest : public ::testing::Test {
  protected:
-  /// Reads the main document alone, for a run that collects.
-  void read_main(const std::string& body, const DocumentCase& expected) {
-    SCOPED_TRACE(body);
-    Config config;
-    config.root = installation_.path();
-    config.config_xsd = installed("etc/qorn.xsd");
-    config.config_file = installation_.configure(body);
-    config.operations = operation::COLLECT;
-    check(expected, [&] { return parser_.parse_configuration_xml(config); });
-    EXPECT_EQ(describe(config), expected.result);
-    EXPECT_EQ(config.common_options.config_parsed, expected.status == 0);
-  }
-
-  template <typename Call>
-  void check(const DocumentCase& expected, Call call) {
-    const Printed text = printed([&] { EXPECT_EQ(call(), expected.status); });
+  void check(const DocumentCase& expected, const std::function<int()>& call) {
+    const Printed text = printed([&] { EXPECT_EQ(call(), expected.status) << expected.document; });
     EXPECT_EQ(str::replace(text.errors, installation_.path(), "DIR"), expected.errors);
   }
 
-  std::string file(const std::string& document) const {
-    return installation_.write("doc.xml", document);
+  std::string file(const std::string& root, const std::string& body) const {
+    return installation_.write("doc.xml", "<" + root + ">" + body + "</" + root + ">");
   }
 
+  const std::string reports_xsd_ = installed("etc/postprocessor/postproc.xsd");
   Installation installation_;
   preproc::ConfigParser parser_;
 };
 
+// The result is log level, group file, framework definitions, collect extension, re-collection,
+// environment propagation, option flags and postprocessor extensions.
 TEST_F(ConfigParserTest, SectionsOfTheMainDocument) {
-  const std::string fwds = "level= groups= fwds=";
-  const std::string extension = " extension=ROOT/collect/qorn64/";
-  const std::string nothing = fwds + extension + "pdsh.so flags=01 0";
+  const std::string extension = "|DIR/collect/qorn64/";
   const std::vector<DocumentCase> cases = {
-      {"", 0, "", nothing},
+      {"", 0, "", "||" + extension + "pdsh.so|0|1|0|"},
       {"<postprocessor><postproc_extensions><entry>a</entry><entry> b </entry>"
        "</postproc_extensions></postprocessor>",
-       0, "", nothing + " postprocessor=a postprocessor= b "},
+       0, "", "||" + extension + "pdsh.so|0|1|0|a, b "},
       {"<postprocessor><postproc_extensions><entry/></postproc_extensions></postprocessor>", 1,
        "DIR/etc/qorn.xml:1: an entry of the element <postproc_extensions> is empty\n",
-       fwds + " extension= flags=01 0"},
-      {"<plugins><framework_definitions/></plugins>", 0, "", nothing},
+       "||||0|1|0|"},
+      {"<plugins><framework_definitions/></plugins>", 0, "", "||" + extension + "pdsh.so|0|1|0|"},
       {"<plugins><framework_definitions><framework_definition>b</framework_definition>"
        "<framework_definition>a</framework_definition></framework_definitions></plugins>",
-       0, "", fwds + "b,a" + extension + "pdsh.so flags=01 1"},
-      {"<analyzer><log_level/></analyzer>", 0, "", nothing},
+       0, "", "||b,a" + extension + "pdsh.so|0|1|1|"},
+      {"<analyzer><log_level/></analyzer>", 0, "", "||" + extension + "pdsh.so|0|1|0|"},
       {"<analyzer><log_level>Debug</log_level><node_group_configuration_file>g"
        "</node_group_configuration_file></analyzer>",
-       1, "Invalid value specified for log-level': Debug\n",
-       "level=Debug groups= fwds= extension= flags=01 0"},
+       1, "Invalid value specified for log-level': Debug\n", "Debug||||0|1|0|"},
       {"<analyzer><node_group_configuration_file>g</node_group_configuration_file></analyzer>", 0,
-       "", "level= groups=g fwds=" + extension + "pdsh.so flags=01 0"},
+       "", "|g|" + extension + "pdsh.so|0|1|0|"},
       {"<collector><extension>foo.so</extension><re-collect>on</re-collect>"
        "<turn-off-environment-propagation>on</turn-off-environment-propagation></collector>",
-       0, "", fwds + extension + "foo.so flags=10 0"},
+       0, "", "||" + extension + "foo.so|1|0|0|"},
       {"<collector><extension>./foo.so</extension><re-collect>ON</re-collect>"
        "<turn-off-environment-propagation>On</turn-off-environment-propagation></collector>",
-       0, "", fwds + " extension=./foo.so flags=01 0"},
-      {"<collector><extension/><re-collect/></collector>", 0, "", fwds + extension + " flags=01 0"},
+       0, "", "|||./foo.so|0|1|0|"},
+      {"<collector><extension/></collector>", 0, "", "||" + extension + "|0|1|0|"},
   };
   for (const DocumentCase& each : cases) {
-    read_main(each.document, each);
+    Config config;
+    config.root = installation_.path();
+    config.config_xsd = installed("etc/qorn.xsd");
+    config.config_file = installation_.configure(each.document);
+    config.operations = operation::COLLECT;
+    check(each, [&] { return parser_.parse_configuration_xml(config); });
+    Texts extensions;
+    for (const PostprocessorExtension& postprocessor : config.postprocessor_extensions) {
+      extensions.push_back(postprocessor.name);
+    }
+    std::ostringstream out;
+    out << config.log_level << '|' << config.node_group_file << '|' << joined(config.fwds->names)
+        << '|' << config.collect_extension << '|' << config.re_collect << '|'
+        << config.env_propagation << '|' << config.option_flags << '|' << joined(extensions);
+    EXPECT_EQ(str::replace(out.str(), config.root, "DIR"), each.result) << each.document;
+    EXPECT_EQ(config.common_options.config_parsed, each.status == 0);
   }
 }
 
@@ -234,29 +216,27 @@ TEST_F(ConfigParserTest, TypeMap) {
     SCOPED_TRACE(each.document);
     Config config;
     check(each, [&] {
-      return parser_.parse_type_map(config, file("<type_map>" + each.document + "</type_map>"),
+      return parser_.parse_type_map(config, file("type_map", each.document),
                                     installed("etc/type_map.xsd"));
     });
-    std::ostringstream out;
+    std::string result;
     for (const auto& [name, type] : config.type_map) {
-      out << name << '=' << static_cast<int>(type) << ' ';
+      result += name + '=' + std::to_string(static_cast<int>(type)) + ' ';
     }
     for (const auto& [name, type] : config.multi_type_map) {
-      out << name << ':' << static_cast<int>(type) << ' ';
+      result += name + ':' + std::to_string(static_cast<int>(type)) + ' ';
     }
-    EXPECT_EQ(out.str(), each.result);
+    EXPECT_EQ(result, each.result);
   }
 }
 
 TEST_F(ConfigParserTest, MessageCategories) {
   Config config;
   config.message_schema_files = {
-      file("<message_schema><category><message_id>a</message_id><message_id> b </message_id>"
-           "</category><category name=' security '><message_id>c</message_id></category>"
-           "<category name='Empty'/></message_schema>"),
-      installation_.write("second.xml",
-                          "<message_schema><category name='late'><message_id>a</message_id>"
-                          "</category></message_schema>")};
+      file("message_schema",
+           "<category><message_id>a</message_id><message_id> b </message_id></category>"
+           "<category name=' security '><message_id>c</message_id></category>"
+           "<category name='Empty'/><category name='late'><message_id>a</message_id></category>")};
   EXPECT_EQ(parser_.parse_tag_message_schema(config, installed("etc/schema_map.xsd")), 0);
   EXPECT_EQ(config.message_category_names,
             (std::set<std::string>{"EMPTY", "FUNCTIONALITY", "LATE", "SECURITY"}));
@@ -266,77 +246,59 @@ TEST_F(ConfigParserTest, MessageCategories) {
 }
 
 TEST_F(ConfigParserTest, KnowledgeBaseConfiguration) {
-  const std::vector<DocumentCase> cases = {
-      {"<foo><bar kind='x' level='2'>1</bar><bar>2</bar><bar kind='y'>3</bar></foo><none/>", 0, "",
-       "foo[expected-bar.default(default,2)expected-bar.kind(x,1)(y,3)expected-bar.level(2,1)]"
-       "none[]"},
-      {"<foo><a>1</a></foo><foo><b>2</b></foo>", 0, "", "foo[expected-b.default(default,2)]"},
-      {"<foo><a kind=''>1</a></foo>", 0, "", "foo[]"},
-      {"<good><a>1</a></good><bad><a>1</a><b/></bad>", 1,
-       "XML validation failed: <b> tag cannot be empty in:DIR/doc.xml\n",
-       "good[expected-a.default(default,1)]"},
+  Config config;
+  const auto read = [&](const DocumentCase& each) {
+    config.kb_config_files = {file("kb_config", each.document)};
+    check(each, [&] { return parser_.parse_kb_config(config, reports_xsd_); });
   };
-  for (const DocumentCase& each : cases) {
-    SCOPED_TRACE(each.document);
-    Config config;
-    config.kb_config_files = {file("<kb_config>" + each.document + "</kb_config>")};
-    check(each, [&] {
-      return parser_.parse_kb_config(config, installed("etc/postprocessor/postproc.xsd"));
-    });
-    std::ostringstream out;
-    for (const auto& [name, solution] : config.solutions) {
-      out << name << '[';
-      for (const auto& [item, attributes] : solution.expected) {
-        for (const auto& [attribute, pairs] : attributes) {
-          out << item << '.' << attribute;
-          for (const auto& [value, text] : pairs) {
-            out << '(' << value << ',' << text << ')';
-          }
-        }
-      }
-      out << ']';
-    }
-    EXPECT_EQ(out.str(), each.result);
-  }
+  read(
+      {"<replaced><a>1</a></replaced><foo><bar kind='x' level='2'>1</bar><bar>2</bar>"
+       "<bar kind='y' none=''>3</bar></foo><replaced/>",
+       0, "", ""});
+  using Expected = decltype(Solution::expected);
+  const Expected foo = {{"expected-bar",
+                         {{"default", {{"default", "2"}}},
+                          {"kind", {{"x", "1"}, {"y", "3"}}},
+                          {"level", {{"2", "1"}}}}}};
+  EXPECT_EQ(config.solutions.at("foo").expected, foo);
+  EXPECT_EQ(config.solutions.at("replaced").expected, Expected());
+  EXPECT_EQ(config.solutions.at("replaced").name, "replaced");
+  read({"<good/><bad><a>1</a><b/></bad>", 1,
+        "XML validation failed: <b> tag cannot be empty in:DIR/doc.xml\n", ""});
+  EXPECT_EQ(config.solutions.count("good"), 1U);
+  EXPECT_EQ(config.solutions.count("bad"), 0U);
 }
 
+// The result is message id, constraints and columns of each variant of the report "r".
 TEST_F(ConfigParserTest, Reports) {
   const std::string empty = "XML validation failed: <message_id> tag cannot be empty\n";
   const std::vector<DocumentCase> cases = {
-      {"<r><message_id>m</message_id></r>", 0, "", "r m : "},
+      {"<r><message_id>m</message_id></r>", 0, "", "m||;"},
       {"<r><c/><constraints zeta=' ' alpha='1' none=''><a/></constraints><message_id>m</message_id>"
        "<constraints><b/><message_id>own</message_id></constraints></r>",
-       0, "", "r m alpha=1 zeta=  : a c r own : b c "},
-      {"<r><c/><constraints alpha='1'/></r>", 0, "", "r  : c "},
-      {"<r><c/><constraints><a/><message_id/></constraints></r>", 0, empty, "r  : c "},
-      {"<r><c/></r><r><d/></r>", 0, "", "r  : d "},
-      {"<r><c/></r><s><message_id/></s>", 1, empty, ""},
+       0, "", "m|alpha=1,zeta= |a,c;own||b,c;"},
+      {"<r><c/><constraints alpha='1'/></r>", 0, "", "||c;"},
+      {"<r><c/><constraints><a/><message_id/></constraints></r>", 0, empty, "||c;"},
+      {"<r><c/></r><r><d/></r>", 0, "", "||d;"},
+      {"<s/>", 0, "", ""},  // replaces what the document before it gave
+      {"<s><message_id/></s>", 1, empty, "||first;"},
   };
   for (const DocumentCase& each : cases) {
-    SCOPED_TRACE(each.document);
     Config config;
-    const std::string open = "<postproc_reports>";
     config.postproc_config_files = {
-        installation_.write("first.xml", open + "<lost/></postproc_reports>"),
-        file(open + each.document + "</postproc_reports>")};
-    check(each, [&] {
-      return parser_.parse_postproc_reports_config(config,
-                                                   installed("etc/postprocessor/postproc.xsd"));
-    });
-    std::ostringstream out;
-    for (const auto& [name, report] : config.postproc_reports) {
-      for (const templates::Reports_kb_t& variant : report.variants) {
-        out << name << ' ' << variant.message_id << ' ';
-        for (const auto& [attribute, value] : variant.constraints) {
-          out << attribute << '=' << std::get<0>(value) << ' ';
-        }
-        out << ": ";
-        for (const std::string& column : variant.columns) {
-          out << column << ' ';
-        }
+        installation_.write("1.xml", "<postproc_reports><r><first/></r></postproc_reports>"),
+        file("postproc_reports", each.document)};
+    check(each, [&] { return parser_.parse_postproc_reports_config(config, reports_xsd_); });
+    std::string result;
+    for (const templates::Reports_kb_t& variant : config.postproc_reports["r"].variants) {
+      Texts constraints;
+      for (const auto& [attribute, value] : variant.constraints) {
+        constraints.push_back(attribute + '=' + std::get<0>(value) + std::get<1>(value));
       }
+      result +=
+          variant.message_id + '|' + joined(constraints) + '|' + joined(variant.columns) + ';';
     }
-    EXPECT_EQ(out.str(), each.status == 0 ? each.result : "lost  : ");
+    EXPECT_EQ(result, each.result) << each.document;
   }
   templates::Reports_kb_t variant;
   EXPECT_EQ(parse_constraints(nullptr, variant), 1);
@@ -398,29 +360,22 @@ TEST_F(ConfigParserTest, TablesComeBeforeReports) {
 }
 
 TEST_F(ConfigParserTest, TheDefaultFrameworkDefinitionIsForRunsThatCollect) {
-  struct Case {
-    std::uint64_t operations;
-    std::uint64_t flags;
-    int status;
-    bool added;
-  };
-  for (const Case& each : std::vector<Case>{{1, 0, 0, true},
-                                            {7, 0, 0, true},
-                                            {0, 0, 0, true},
-                                            {6, 0, 1, false},
-                                            {6, 1, 0, false},
-                                            {1, 1, 0, false}}) {
-    Config config;
-    config.root = "/r";
-    config.operations = each.operations;
-    config.option_flags = each.flags;
-    const Printed text =
-        printed([&] { EXPECT_EQ(parser_.load_default_fwds(config), each.status); });
-    EXPECT_EQ(joined(config.fwds->names), each.added ? "/r/etc/fwd/health_base.xml" : "");
-    EXPECT_EQ(config.option_flags, each.flags);
-    EXPECT_EQ(text.errors, each.status == 0 ? ""
-                                            : "Please use the -F command line option to specify "
-                                              "a Framework Definition to analyze.\n");
+  for (const std::uint64_t operations : {0U, 1U, 6U, 7U}) {
+    for (const std::uint64_t flags : {0U, 1U}) {
+      Config config;
+      config.root = "/r";
+      config.operations = operations;
+      config.option_flags = flags;
+      const bool refused = operations == 6 && flags == 0;
+      const Printed text =
+          printed([&] { EXPECT_EQ(parser_.load_default_fwds(config), refused ? 1 : 0); });
+      EXPECT_EQ(joined(config.fwds->names),
+                refused || flags == 1 ? "" : "/r/etc/fwd/health_base.xml");
+      EXPECT_EQ(config.option_flags, flags);
+      EXPECT_EQ(text.errors, refused ? "Please use the -F command line option to specify a "
+                                       "Framework Definition to analyze.\n"
+                                     : "");
+    }
   }
 }
 

@@ -24,23 +24,16 @@ TEST(ErrorLog, LevelsUpToTheOneInForceAreDelivered) {
   }
 }
 
-TEST(ErrorLog, TheTextStandsAloneWithALineEndBehindIt) {
+TEST(ErrorLog, TheTextStandsAloneAndTheSystemLogTakesItsPlace) {
   const Printed text = printed([] {
     ErrorLog("file.cpp", "function", 7, 3).stream() << "with a line end\n";
     ErrorLog(3).stream() << "";
     ErrorLog(3).stream() << "a percent %s sign";
+    log::LOG_OUTPUT = 1;
+    ErrorLog(3).stream() << "a test of the system log, %s";
   });
   EXPECT_EQ(text.errors, "with a line end\n\n\na percent %s sign\n");
-}
-
-TEST(ErrorLog, TheSystemLogTakesThePlaceOfTheStream) {
-  const Printed text = printed([] {
-    log::LOG_OUTPUT = 1;
-    ErrorLog(7).stream() << "filtered";
-    ErrorLog(3).stream() << "a test of the system log, %s";
-    log::LOG_OUTPUT = 0;
-  });
-  EXPECT_EQ(text.errors, "");
+  log::LOG_OUTPUT = 0;
 }
 
 /// The destinations of the process, put back at the end.
@@ -74,6 +67,7 @@ TEST_F(OutputLogTest, ADestinationIsOneFileOrTheConsole) {
   };
   const std::string& root = installation_.path();
   installation_.write("home/there", "");
+  const auto mode = std::filesystem::status(root).permissions();
   const std::vector<Case> cases = {
       {"", 1, "", false},
       {" \t ", 0, "", false},  // a name was given, and nothing is left of it
@@ -102,13 +96,7 @@ TEST_F(OutputLogTest, ADestinationIsOneFileOrTheConsole) {
     }
   }
   EXPECT_FALSE(installation_.has("ran"));
-}
-
-TEST_F(OutputLogTest, ADirectoryKeepsItsMode) {
-  namespace stdfs = std::filesystem;
-  const auto before = stdfs::status(installation_.path()).permissions();
-  printed([&] { OutputLog::set_out_streams(installation_.path(), TRUNCATE); });
-  EXPECT_EQ(stdfs::status(installation_.path()).permissions(), before);
+  EXPECT_EQ(std::filesystem::status(root).permissions(), mode);  // a directory's is left alone
 }
 
 TEST_F(OutputLogTest, EachCallReplacesTheDestinationAndClosesTheFile) {

@@ -43,6 +43,23 @@ std::string read_file(const std::string& path) {
   return content.str();
 }
 
+Arguments::Arguments(std::vector<std::string> words, const std::string& program)
+    : texts_(std::move(words)) {
+  texts_.insert(texts_.begin(), program);
+  for (std::string& text : texts_) {
+    pointers_.push_back(text.data());
+  }
+  pointers_.push_back(nullptr);
+}
+
+std::string joined(const std::vector<std::string>& texts) {
+  std::string result;
+  for (const std::string& text : texts) {
+    result.append(result.empty() ? "" : ",").append(text);
+  }
+  return result;
+}
+
 TemporaryDirectory::TemporaryDirectory() {
   std::string name = std::filesystem::temp_directory_path() / "qorn-test-XXXXXX";
   if (mkdtemp(name.data()) == nullptr) {
@@ -123,17 +140,11 @@ std::string Installation::configure(const std::string& body) const {
 }
 
 int Installation::run(const std::vector<std::string>& arguments, RunResult& result) const {
-  std::vector<std::string> texts{"qorn"};
-  texts.insert(texts.end(), arguments.begin(), arguments.end());
-  std::vector<char*> argv;
-  for (std::string& text : texts) {
-    argv.push_back(text.data());
-  }
-  argv.push_back(nullptr);
+  Arguments line(arguments);
   result.config.common_options.parse_node_groups = true;
   const Printed texts_of_run = printed([&] {
     preproc::Preprocessor preprocessor;
-    result.status = preprocessor.Run(result.config, static_cast<int>(texts.size()), argv.data());
+    result.status = preprocessor.Run(result.config, line.count(), line.values());
   });
   result.output = texts_of_run.output;
   result.errors = texts_of_run.errors;

@@ -42,6 +42,21 @@ class EnvironmentVariable {
   std::string earlier_;
 };
 
+/// argc and argv for the program qorn, or for another one.
+class Arguments {
+ public:
+  explicit Arguments(std::vector<std::string> words, const std::string& program = "qorn");
+  int count() const { return static_cast<int>(texts_.size()); }
+  char** values() { return pointers_.data(); }
+
+ private:
+  std::vector<std::string> texts_;
+  std::vector<char*> pointers_;
+};
+
+/// The texts with commas between them.
+std::string joined(const std::vector<std::string>& texts);
+
 /// What one whole run gave.
 struct RunResult {
   int status = 0;
