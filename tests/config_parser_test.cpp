@@ -253,7 +253,7 @@ TEST_F(ConfigParserTest, KnowledgeBaseConfiguration) {
   };
   read(
       {"<replaced><a>1</a></replaced><foo><bar kind='x' level='2'>1</bar><bar>2</bar>"
-       "<bar kind='y' none=''>3</bar></foo><replaced/>",
+       "<bar kind='y' none=''>3</bar><only none=''>4</only></foo><replaced/>",
        0, "", ""});
   using Expected = decltype(Solution::expected);
   const Expected foo = {{"expected-bar",

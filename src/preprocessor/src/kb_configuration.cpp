@@ -13,15 +13,15 @@ bool parse_item(const xmlNode* item, Expected& expected) {
   if (!xml::get_txt(item, text)) {
     return false;
   }
-  auto& entries = expected["expected-" + std::string(xml::name_of(item))];
+  const std::string key = "expected-" + std::string(xml::name_of(item));
   if (item->properties == nullptr) {
-    entries["default"].emplace_back("default", text);
+    expected[key]["default"].emplace_back("default", text);
   }
   for (const xmlAttr* attribute = item->properties; attribute != nullptr;
        attribute = attribute->next) {
     std::string value;
     if (xml::get_attr_value(attribute, value)) {
-      entries[xml::char_to_str(attribute->name)].emplace_back(value, text);
+      expected[key][xml::char_to_str(attribute->name)].emplace_back(value, text);
     }
   }
   return true;
