@@ -1,5 +1,3 @@
-#include <unistd.h>
-
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
+#include <unistd.h>
 
 #include <qorn/qorn.h>
 
@@ -40,25 +39,55 @@ const std::vector<Row> ROWS = {
     {"b", {.edges = 47'500, .providers = 1}, false, nullptr, "2.0, aim 1.3"},
     {"b2", {.definitions = 1420, .edges = 95'779, .providers = 1}, false, "b", "growth 1.75"},
     {"b4", {.definitions = 2000, .edges = 190'000, .providers = 1}, false, "b", "growth 3.3"},
-    {"c", {.definitions = 5000, .layers = 5000, .edges = 4999, .providers = 1}, false, nullptr,
+    {"c",
+     {.definitions = 5000, .layers = 5000, .edges = 4999, .providers = 1},
+     false,
+     nullptr,
      "1.5, aim 1.2"},
-    {"d", {.definitions = 1, .layers = 1, .edges = 0, .providers = 1, .nodes = MILLION}, true,
-     nullptr, "4.0 and 300 MiB, aim 3.0 and 240"},
+    {"d",
+     {.definitions = 1, .layers = 1, .edges = 0, .providers = 1, .nodes = MILLION},
+     true,
+     nullptr,
+     "4.0 and 300 MiB, aim 3.0 and 240"},
     {"folded",
      {.definitions = 1, .layers = 1, .edges = 0, .providers = 1, .nodes = MILLION, .folded = true},
-     true, nullptr, "14 and 300 MiB, aim 10 and 240"},
+     true,
+     nullptr,
+     "14 and 300 MiB, aim 10 and 240"},
     {"e10",
-     {.definitions = 50, .layers = 1, .edges = 0, .providers = 1, .nodes = 10'000, .groups = 200,
+     {.definitions = 50,
+      .layers = 1,
+      .edges = 0,
+      .providers = 1,
+      .nodes = 10'000,
+      .groups = 200,
       .tied = 20},
-     false, nullptr, "a tenth of e's nodes"},
+     false,
+     nullptr,
+     "a tenth of e's nodes"},
     {"e",
-     {.definitions = 50, .layers = 1, .edges = 0, .providers = 1, .nodes = 100'000, .groups = 200,
+     {.definitions = 50,
+      .layers = 1,
+      .edges = 0,
+      .providers = 1,
+      .nodes = 100'000,
+      .groups = 200,
       .tied = 20},
-     false, "e10", "12 and 300 MiB, aim 7 and 220; growth 15"},
+     false,
+     "e10",
+     "12 and 300 MiB, aim 7 and 220; growth 15"},
     {"e-files",
-     {.definitions = 50, .layers = 1, .edges = 0, .providers = 1, .nodes = 100'000, .groups = 200,
-      .group_files = true, .tied = 20},
-     false, nullptr, "e with a node file for each group"},
+     {.definitions = 50,
+      .layers = 1,
+      .edges = 0,
+      .providers = 1,
+      .nodes = 100'000,
+      .groups = 200,
+      .group_files = true,
+      .tied = 20},
+     false,
+     nullptr,
+     "e with a node file for each group"},
 };
 
 /// Calls Run as a front-end does. The record isn't freed: its end is the caller's affair.

@@ -1,15 +1,15 @@
 #include "cost.h"
 
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <exception>
 #include <iostream>
 #include <stdexcept>
 #include <system_error>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace qorn::benchmarks {
 namespace {

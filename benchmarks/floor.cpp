@@ -1,13 +1,13 @@
 #include "floor.h"
 
-#include <libxml/parser.h>
-#include <libxml/xmlschemas.h>
-
 #include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include <libxml/parser.h>
+#include <libxml/xmlschemas.h>
 
 namespace qorn::benchmarks {
 namespace {

@@ -175,8 +175,7 @@ void write_main_document(const Size& size, const fs::path& root) {
   }
   std::string analyzer;
   if (size.groups != 0) {
-    analyzer =
-        element("analyzer", element("node_group_configuration_file", root / "groups.xml"));
+    analyzer = element("analyzer", element("node_group_configuration_file", root / "groups.xml"));
   }
   write(root / "etc/qorn.xml",
         element("configuration",
@@ -202,8 +201,8 @@ void copy_installed_files(const fs::path& root) {
 
 std::string rule_text(std::mt19937& random, const std::string& name, std::size_t lines) {
   std::ostringstream text;
-  text << "; Generated.\n(defrule " << name << "\n  \"Nodes of one subcluster agree on what " << name
-       << " looks at;\n   one that differs was changed by hand.\"\n";
+  text << "; Generated.\n(defrule " << name << "\n  \"Nodes of one subcluster agree on what "
+       << name << " looks at;\n   one that differs was changed by hand.\"\n";
   for (std::size_t line = 4; line < lines; ++line) {
     const std::size_t number = below(random, 1000);
     switch (below(random, 25)) {

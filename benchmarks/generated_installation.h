@@ -19,10 +19,10 @@ struct Size {
   std::size_t rule_lines = 100;  // of each rule file
   std::size_t rule_uses = 5;     // definitions that name each rule file
   std::size_t nodes = 1000;
-  bool folded = false;     // node names folded on a few lines, else one a line
+  bool folded = false;       // node names folded on a few lines, else one a line
   std::size_t groups = 0;    // of nodes
   bool group_files = false;  // a node file for each group, else elements of the group document
-  std::size_t tied = 0;    // definitions tied to groups, each to its share of them
+  std::size_t tied = 0;      // definitions tied to groups, each to its share of them
 };
 
 /// Writes an installation root with the installed schemas, which the definitions of the first
