@@ -14,50 +14,39 @@ namespace {
 
 namespace fs = std::filesystem;
 
-template <typename T, void (*Free)(T*)>
-struct Deleter {
-  void operator()(T* object) const { Free(object); }
-};
-using DocumentPtr = std::unique_ptr<xmlDoc, Deleter<xmlDoc, xmlFreeDoc>>;
+template <typename T>
+using Owned = std::unique_ptr<T, void (*)(T*)>;
 
-class Schema {
+/// Reads documents, and validates them when there is a schema.
+class DocumentReader {
  public:
-  explicit Schema(const fs::path& path) {
-    const std::unique_ptr<xmlSchemaParserCtxt,
-                          Deleter<xmlSchemaParserCtxt, xmlSchemaFreeParserCtxt>>
-        parser(xmlSchemaNewParserCtxt(path.c_str()));
+  DocumentReader() = default;
+  explicit DocumentReader(const fs::path& xsd) {
+    const Owned<xmlSchemaParserCtxt> parser(xmlSchemaNewParserCtxt(xsd.c_str()),
+                                            xmlSchemaFreeParserCtxt);
     schema_.reset(xmlSchemaParse(parser.get()));
     validator_.reset(xmlSchemaNewValidCtxt(schema_.get()));
-    if (schema_ == nullptr || validator_ == nullptr) {
-      throw std::runtime_error("not a usable schema: " + path.string());
+    if (validator_ == nullptr) {
+      throw std::runtime_error("not a usable schema: " + xsd.string());
     }
   }
 
-  bool accepts(xmlDoc& doc) const { return xmlSchemaValidateDoc(validator_.get(), &doc) == 0; }
+  void read(const fs::path& path) const {
+    const Owned<xmlDoc> doc(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET), xmlFreeDoc);
+    if (doc == nullptr ||
+        (validator_ != nullptr && xmlSchemaValidateDoc(validator_.get(), doc.get()) != 0)) {
+      throw std::runtime_error("not a valid document: " + path.string());
+    }
+  }
 
  private:
-  std::unique_ptr<xmlSchema, Deleter<xmlSchema, xmlSchemaFree>> schema_;
-  std::unique_ptr<xmlSchemaValidCtxt, Deleter<xmlSchemaValidCtxt, xmlSchemaFreeValidCtxt>>
-      validator_;
+  Owned<xmlSchema> schema_{nullptr, xmlSchemaFree};
+  Owned<xmlSchemaValidCtxt> validator_{nullptr, xmlSchemaFreeValidCtxt};
 };
-
-void read_document(const fs::path& path, const Schema* schema) {
-  const DocumentPtr doc(xmlReadFile(path.c_str(), nullptr, XML_PARSE_NONET));
-  if (doc == nullptr || (schema != nullptr && !schema->accepts(*doc))) {
-    throw std::runtime_error("not a valid document: " + path.string());
-  }
-}
-
-void read_documents(const fs::path& folder, const Schema* schema) {
-  for (const auto& entry : fs::directory_iterator(folder)) {
-    read_document(entry, schema);
-  }
-}
 
 void read_lines(const fs::path& path, std::vector<std::string>* kept) {
   std::ifstream file(path);
-  std::string line;
-  while (std::getline(file, line)) {
+  for (std::string line; std::getline(file, line);) {
     if (kept != nullptr) {
       kept->push_back(line);
     }
@@ -67,37 +56,36 @@ void read_lines(const fs::path& path, std::vector<std::string>* kept) {
   }
 }
 
-void read_all_lines(const fs::path& folder, std::vector<std::string>* kept) {
-  if (fs::is_directory(folder)) {
-    for (const auto& entry : fs::directory_iterator(folder)) {
-      read_lines(entry, kept);
-    }
-  }
+/// The files of a folder, which may be missing.
+fs::directory_iterator files_of(const fs::path& folder) {
+  return fs::exists(folder) ? fs::directory_iterator(folder) : fs::directory_iterator();
 }
 
 }  // namespace
 
 void read_installation(const fs::path& root, bool keep_lines) {
-  const auto read_one = [&](const char* document, const char* xsd) {
-    const Schema schema(root / xsd);
-    read_document(root / document, &schema);
-  };
   std::vector<std::string> lines;
   std::vector<std::string>* kept = keep_lines ? &lines : nullptr;
   read_lines(root / "nodes", kept);
-  read_one("etc/qorn.xml", "etc/qorn.xsd");
-  read_one("etc/CLIPS_type_map.xml", "etc/type_map.xsd");
-  const Schema fwd_schema(root / "etc/fwd.xsd");
-  read_documents(root / "etc/fwd", &fwd_schema);
-  read_all_lines(root / "kb/rules", nullptr);
-  read_one("etc/postprocessor/table.xml", "etc/postprocessor/table.xsd");
-  read_one("kb/data/msg_schema.xml", "etc/schema_map.xsd");
-  if (fs::is_directory(root / "etc/providers")) {
-    read_documents(root / "etc/providers", nullptr);
+  DocumentReader(root / "etc/qorn.xsd").read(root / "etc/qorn.xml");
+  DocumentReader(root / "etc/type_map.xsd").read(root / "etc/CLIPS_type_map.xml");
+  const DocumentReader definitions(root / "etc/fwd.xsd");
+  for (const auto& entry : files_of(root / "etc/fwd")) {
+    definitions.read(entry);
+  }
+  for (const auto& entry : files_of(root / "kb/rules")) {
+    read_lines(entry, nullptr);
+  }
+  DocumentReader(root / "etc/postprocessor/table.xsd").read(root / "etc/postprocessor/table.xml");
+  DocumentReader(root / "etc/schema_map.xsd").read(root / "kb/data/msg_schema.xml");
+  for (const auto& entry : files_of(root / "etc/providers")) {
+    DocumentReader().read(entry);
   }
   if (fs::exists(root / "groups.xml")) {
-    read_one("groups.xml", "etc/nodegroup.xsd");
-    read_all_lines(root / "groups", kept);
+    DocumentReader(root / "etc/nodegroup.xsd").read(root / "groups.xml");
+  }
+  for (const auto& entry : files_of(root / "groups")) {
+    read_lines(entry, kept);
   }
 }
 

@@ -16,5 +16,4 @@ int main(int argc, char** argv) {
     std::cerr << "floor: " << error.what() << '\n';
     return 1;
   }
-  return 0;
 }
