@@ -304,20 +304,20 @@ int fail(const std::string& file, int error_number) {
 
 int read_provider_config(provider_config& provider, const std::string& file, const Config& config,
                          const std::string& aux_path, ProviderDocuments& documents) {
-  const std::string path = file;  // callers pass the record's own fields
-  provider.aux_path = std::string(aux_path);
-  const ProviderDocuments::Outcome& outcome = documents.read(path);
+  // Callers pass the record's own fields: assigning one to itself changes nothing.
+  provider.aux_path = aux_path;
+  const ProviderDocuments::Outcome& outcome = documents.read(file);
   if (outcome.access_error != 0) {
-    log::ErrorLog(log::level::DEBUG).stream() << "provider xml file not readable: '" << path << "'";
-    return fail(path, outcome.access_error);
+    log::ErrorLog(log::level::DEBUG).stream() << "provider xml file not readable: '" << file << "'";
+    return fail(file, outcome.access_error);
   }
   if (!outcome.document) {
-    log::ErrorLog(log::level::ERROR).stream() << "xml parse error: '" << path << "'";
-    return fail(path, 0);
+    log::ErrorLog(log::level::ERROR).stream() << "xml parse error: '" << file << "'";
+    return fail(file, 0);
   }
-  provider.config_file = path;
-  provider.name = provider_name(path);
-  return ProviderReader(*outcome.document, provider, path, config).read() ? 0 : fail(path, 0);
+  provider.config_file = file;
+  provider.name = provider_name(file);
+  return ProviderReader(*outcome.document, provider, file, config).read() ? 0 : fail(file, 0);
 }
 
 int Preprocessor::parse_provider_config_xml(provider_config& provider, const std::string& file,

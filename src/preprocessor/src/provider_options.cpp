@@ -192,7 +192,8 @@ std::vector<ProcessedProviderAttributes> populate_option_vars_map(const Config& 
   }
   for (const ProviderOptionset& set : found->second) {
     ProcessedProviderAttributes processed;
-    static_cast<BaseProviderAttributes&>(processed) = set;
+    static_cast<BaseProviderAttributes&>(processed) =
+        static_cast<const BaseProviderAttributes&>(set);
     processed.environment = configuration_conversion_helper(set.variables, provider);
     result.push_back(processed);
   }

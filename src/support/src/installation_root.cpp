@@ -27,7 +27,7 @@ std::string get_default_path() {
   if (root != nullptr && *root != '\0') {
     return fs::abspath(root);
   }
-  const std::string above = directory_above_library();
+  std::string above = directory_above_library();
   std::error_code ignored;
   if (!above.empty() && std::filesystem::exists(above + "/etc/qorn.xml", ignored)) {
     return above;
