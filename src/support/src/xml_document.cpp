@@ -228,29 +228,24 @@ DocumentPtr parse(xmlParserCtxt& parser, const std::string& content, const std::
 }
 
 /// Near the end of its input libxml2 looks for more at every token, and grows its buffer in vain:
-/// a third of the time for a small document. Line ends behind the document keep that end away.
+/// a third of the time for a small document. Bytes behind the document keep that end away, and the
+/// parser takes a NUL for the end of what it has.
 constexpr std::size_t LOOK_AHEAD = 256;
-
-/// Whether line ends of one byte may follow the document.
-bool is_extendable(std::string_view content) {
-  return content.size() > 1 && content[0] == '<' && content[1] != '\0' &&
-         (content.ends_with('>') || content.ends_with(">\n"));
-}
 
 DocumentPtr parse_content(xmlParserCtxt& parser, std::string& content, const std::string& file,
                           std::vector<Fault>& faults) {
-  if (is_extendable(content)) {
-    const std::size_t size = content.size();
-    const std::size_t known = faults.size();
+  const std::size_t size = content.size();
+  const std::size_t known = faults.size();
+  {
     FaultCollector collector(file, faults);
-    content.append(LOOK_AHEAD, '\n');
+    content.append(LOOK_AHEAD, '\0');
     DocumentPtr doc = parse(parser, content, file, collector);
     if (doc != nullptr && faults.size() == known) {
       return doc;
     }
-    content.resize(size);  // once more as it stands, so that faults have their true places
-    faults.resize(known);
   }
+  content.resize(size);  // once more as it stands, so that faults have their true words and places
+  faults.resize(known);
   FaultCollector collector(file, faults);
   return parse(parser, content, file, collector);
 }
