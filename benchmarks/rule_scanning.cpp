@@ -131,7 +131,7 @@ std::string installed_rules() {
 std::string generated_rules() {
   std::mt19937 random(1);
   const std::string path = folder() + "/generated.clp";
-  std::ofstream(path) << rule_text(random, "generated", 1000);
+  std::ofstream(path) << rule_text(random, "generated", 200);
   return path;
 }
 
