@@ -11,6 +11,9 @@
 namespace qorn {
 namespace {
 
+/// The levels in front of all lines of a tree together, which become 150 MB of text.
+constexpr std::size_t TREE_LEVELS = 50'000'000;
+
 /// Calls `visit` with each member of all groups, in order.
 template <typename Visit>
 void for_each_member(const FwdNode& node, Visit visit) {
@@ -159,6 +162,7 @@ std::shared_ptr<FwdNode> FwdNode::clone_impl(std::shared_ptr<FwdNode> parent) {
 
 std::vector<FwdNode::TreeLine> FwdNode::create_tree(std::vector<bool> levels, bool last) {
   internal::spend_tree_budget(*this);
+  std::size_t levels_left = TREE_LEVELS;
   levels.push_back(last);
   std::vector<TreeLine> lines;
   std::vector<std::pair<const FwdNode*, std::vector<bool>>> stack{{this, std::move(levels)}};
@@ -167,6 +171,11 @@ std::vector<FwdNode::TreeLine> FwdNode::create_tree(std::vector<bool> levels, bo
     stack.pop_back();
     bool is_last = true;  // members come last one first
     for (const FwdNode* member : members_reversed(*node)) {
+      if (way.size() >= levels_left) {
+        throw std::runtime_error("The tree of the framework definition " + fwd->path +
+                                 " is too deep to be shown.");
+      }
+      levels_left -= way.size() + 1;
       stack.emplace_back(member, way);
       stack.back().second.push_back(is_last);
       is_last = false;
@@ -210,8 +219,8 @@ void FwdRegistry::release() {
 
 void release_frameworks(Config& config) {
   for (const auto& [name, group] : config.node_groups) {
-    for (const auto& tree : group->fwd_nodes) {
-      release_tree(tree);
+    if (group != nullptr) {
+      std::for_each(group->fwd_nodes.begin(), group->fwd_nodes.end(), release_tree);
     }
   }
   config.fwds->release();

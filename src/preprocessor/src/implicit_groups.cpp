@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <utility>
 
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/node_group_parser.h>
@@ -12,15 +13,20 @@ constexpr const char* ALL = "All";
 
 using SharedNodes = std::vector<std::shared_ptr<Node>>;
 
-bool is_tied_explicitly(const ClusterDefinition& group) {
-  return !group.implicit && !group.fwd_nodes.empty();
+// An engine's record may hold null in the place of a group.
+bool is_implicit(const std::shared_ptr<ClusterDefinition>& group) {
+  return group != nullptr && group->implicit;
+}
+
+bool is_explicit(const std::shared_ptr<ClusterDefinition>& group) {
+  return group != nullptr && !group->implicit;
 }
 
 /// The explicit groups that run the definition with that path.
 std::set<std::string> groups_that_run(const std::string& fwd_path, const Config& config) {
   std::set<std::string> names;
   for (const auto& [name, group] : config.node_groups) {
-    if (is_tied_explicitly(*group) && group->get_root_fwd_path().count(fwd_path) != 0) {
+    if (is_explicit(group) && group->get_root_fwd_path().count(fwd_path) != 0) {
       names.insert(name);
     }
   }
@@ -42,7 +48,7 @@ std::string name_of_rest(const std::set<std::string>& excluded) {
 bool add_to_present_group(const std::string& name, const std::shared_ptr<FwdNode>& clone,
                           Config& config) {
   for (const auto& [key, group] : config.node_groups) {
-    if (group->implicit && !group->fwd_nodes.empty() && group->name == name) {
+    if (is_implicit(group) && !group->fwd_nodes.empty() && group->name == name) {
       group->fwd_nodes.insert(clone);
       return true;
     }
@@ -119,7 +125,7 @@ bool cut_claimed(const std::shared_ptr<FwdNode>& copy, const std::string& root_p
                  const Config& config, ClusterDefinition& all) {
   bool claimed = false;
   for (const auto& [name, group] : config.node_groups) {
-    if (group->implicit) {
+    if (!is_explicit(group)) {
       continue;
     }
     std::set<std::string> removed_paths;
@@ -148,16 +154,31 @@ void fill_from_database(ClusterDefinition& group, const Config& config) {
   ClusterDefinition excluded;
   for (const std::string& name : group.excluded_groups) {
     const auto found = config.node_groups.find(name);
-    if (found != config.node_groups.end()) {
+    if (found != config.node_groups.end() && found->second != nullptr) {
       insert_all(found->second->get_default_node_list(), excluded);
     }
   }
   insert_all(config.cluster_definition->get_nodes_difference(excluded), group);
 }
 
-/// Drops the groups that a run can't use, with the trees that no other group runs.
+using Trees = std::set<std::shared_ptr<const FwdNode>>;
+
+/// Takes those of `trees` apart that no group runs any more.
+void release_unused(Trees trees, const Config& config) {
+  for (const auto& [name, group] : config.node_groups) {
+    if (group == nullptr) {
+      continue;
+    }
+    for (const auto& tree : group->fwd_nodes) {
+      trees.erase(tree);
+    }
+  }
+  std::for_each(trees.begin(), trees.end(), release_tree);
+}
+
+/// Drops the groups that a run can't use.
 void drop_groups_without_data(Config& config) {
-  std::set<std::shared_ptr<const FwdNode>> dropped;
+  Trees dropped;
   std::erase_if(config.node_groups, [&](const auto& entry) {
     const auto& group = entry.second;
     const bool usable = group != nullptr && group->is_valid_data();
@@ -166,12 +187,7 @@ void drop_groups_without_data(Config& config) {
     }
     return !usable;
   });
-  for (const auto& [name, group] : config.node_groups) {
-    for (const auto& tree : group->fwd_nodes) {
-      dropped.erase(tree);
-    }
-  }
-  std::for_each(dropped.begin(), dropped.end(), release_tree);
+  release_unused(std::move(dropped), config);
 }
 
 }  // namespace
@@ -267,7 +283,11 @@ int NodeGroupParser::create_all_group(Config& config) {
       all->fwd_nodes.insert(copy);
     }
   }
-  config.node_groups[ALL] = all;
+  std::shared_ptr<ClusterDefinition>& entry = config.node_groups[ALL];
+  const std::shared_ptr<ClusterDefinition> earlier = std::exchange(entry, all);
+  if (earlier != nullptr) {
+    release_unused(earlier->fwd_nodes, config);
+  }
   return 0;
 }
 
@@ -276,7 +296,7 @@ int NodeGroupParser::update_nodes_from_db(Config& config) {
     return 1;
   }
   for (const auto& [name, group] : config.node_groups) {
-    if (group->implicit && group->getNodeListSize() < 1) {
+    if (is_implicit(group) && group->getNodeListSize() < 1) {
       fill_from_database(*group, config);
     }
   }

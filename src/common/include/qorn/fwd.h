@@ -114,7 +114,8 @@ struct FwdNode : std::enable_shared_from_this<FwdNode> {
 
   /// The lines of the tree below this node, the node's own first, for qorn::str::format_tree.
   /// `levels` are those on the way here, `last` says whether this is its parent's last member.
-  /// Throws std::runtime_error like clone_impl.
+  /// Throws std::runtime_error like clone_impl, and when the lines have more than 50,000,000
+  /// levels together, as a chain of 10,000 definitions has.
   std::vector<TreeLine> create_tree(std::vector<bool> levels, bool last);
 };
 
