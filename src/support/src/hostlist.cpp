@@ -182,15 +182,6 @@ void expand_parts(std::span<const Part> parts, std::string_view tail, std::strin
   name.resize(length);
 }
 
-/// Names that are to be folded into one piece: `head` as it stands, then `number`, then all that
-/// `tail` gives.
-struct Fold {
-  std::string_view first;  // the first of the names
-  std::string_view head;
-  std::string_view number;
-  std::string tail;
-};
-
 /// The length of the digits that `text` starts with.
 std::size_t leading_digits(std::string_view text) {
   return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), is_digit) -
@@ -213,81 +204,6 @@ bool natural_less(std::string_view a, std::string_view b) {
     b.remove_prefix(common);
   }
   return a.size() < b.size();
-}
-
-/// Moves the last number of `head`, and the text behind it, into `number` and `tail`; without a
-/// number, `number` is empty and all of `head` in `tail`.
-void cut_last_number(Fold& fold) {
-  fold.number = {};
-  std::size_t start = fold.head.size();
-  while (start > 0 && fold.number.empty()) {
-    std::size_t end = start;
-    while (end > 0 && !is_digit(fold.head[end - 1])) {
-      --end;
-    }
-    start = end;
-    while (start > 0 && is_digit(fold.head[start - 1])) {
-      --start;
-    }
-    if (end - start <= MOST_DIGITS) {
-      fold.number = fold.head.substr(start, end - start);
-    }
-  }
-  fold.tail.insert(0, fold.head.substr(start + fold.number.size()));
-  fold.head = fold.head.substr(0, start);
-}
-
-/// The numbers of `folds`, which are sorted: one alone as it stands, several in brackets.
-std::string bracket(std::span<const Fold> folds) {
-  std::string text;
-  bool alone = true;
-  for (std::size_t start = 0; start < folds.size();) {
-    const std::string_view first = folds[start].number;
-    std::string_view last = first;
-    std::uint64_t value = number_value(first);
-    std::size_t end = start + 1;
-    for (; end < folds.size() && folds[end].number.size() == first.size(); ++end) {
-      const std::uint64_t next = number_value(folds[end].number);
-      if (next > value + 1) {
-        break;
-      }
-      value = next;
-      last = folds[end].number;
-    }
-    text.append(start == 0 ? "" : ",").append(first);
-    if (last != first) {
-      text.append("-").append(last);
-    }
-    alone = start == 0 && last == first;
-    start = end;
-  }
-  return alone ? text : "[" + text + "]";
-}
-
-/// Unites folds that differ in their number alone; what they have in common is united.
-void unite(std::vector<Fold>& folds) {
-  std::sort(folds.begin(), folds.end(), [](const Fold& a, const Fold& b) {
-    if (const int order = a.head.compare(b.head); order != 0) {
-      return order < 0;
-    }
-    if (const int order = a.tail.compare(b.tail); order != 0) {
-      return order < 0;
-    }
-    return a.number.size() != b.number.size() ? a.number.size() < b.number.size()
-                                              : a.number < b.number;
-  });
-  std::size_t united = 0;
-  for (std::size_t start = 0; start < folds.size();) {
-    std::size_t end = start + 1;
-    while (end < folds.size() && folds[end].head == folds[start].head &&
-           folds[end].tail == folds[start].tail) {
-      ++end;
-    }
-    folds[start].tail.insert(0, bracket(std::span(folds).subspan(start, end - start)));
-    std::swap(folds[united++], folds[start]);
-    start = end;
-  }
-  folds.resize(united);
 }
 
 }  // namespace
@@ -346,20 +262,118 @@ std::vector<std::string> expand_hosts(std::string_view hosts, std::string& reaso
   return names;
 }
 
-std::string fold_hosts(const std::vector<std::string>& names) {
-  std::vector<Fold> open;
-  std::vector<Fold> done;
-  open.reserve(names.size());
-  for (const std::string& name : names) {
-    open.push_back({name, name, {}, {}});
+/// Moves the last number of `head`, and the text behind it, into `number` and `tail`; without a
+/// number, `number` is empty and all of `head` in `tail`.
+void HostFolder::cut_last_number(Fold& fold) {
+  fold.number = {};
+  std::size_t start = fold.head.size();
+  while (start > 0 && fold.number.empty()) {
+    std::size_t end = start;
+    while (end > 0 && !is_digit(fold.head[end - 1])) {
+      --end;
+    }
+    start = end;
+    while (start > 0 && is_digit(fold.head[start - 1])) {
+      --start;
+    }
+    if (end - start <= MOST_DIGITS) {
+      fold.number = fold.head.substr(start, end - start);
+    }
   }
-  while (!open.empty()) {
-    std::for_each(open.begin(), open.end(), cut_last_number);
-    const auto end = std::partition(open.begin(), open.end(),
+  fold.last = fold.number;
+  fold.tail.insert(0, fold.head.substr(start + fold.number.size()));
+  fold.head = fold.head.substr(0, start);
+}
+
+/// Counts the number in `expected_` up by one.
+void HostFolder::expect_next() {
+  const Fold& fold = folds_.back();
+  const std::size_t start = fold.head.size();
+  for (std::size_t i = start + fold.number.size(); i > start; --i) {
+    if (expected_[i - 1] != '9') {
+      ++expected_[i - 1];
+      return;
+    }
+    expected_[i - 1] = '0';
+  }
+  expected_.clear();  // no number, or the next one is longer
+}
+
+/// The numbers of `folds`, which are sorted: one alone as it stands, several in brackets.
+std::string HostFolder::bracket(std::span<const Fold> folds) {
+  std::string text;
+  bool alone = true;
+  for (std::size_t start = 0; start < folds.size();) {
+    const std::string_view first = folds[start].number;
+    std::string_view last = folds[start].last;
+    std::uint64_t value = number_value(last);
+    std::size_t end = start + 1;
+    for (; end < folds.size() && folds[end].number.size() == first.size() &&
+           number_value(folds[end].number) <= value + 1;
+         ++end) {
+      if (const std::uint64_t next = number_value(folds[end].last); next > value) {
+        value = next;
+        last = folds[end].last;
+      }
+    }
+    text.append(start == 0 ? "" : ",").append(first);
+    if (last != first) {
+      text.append("-").append(last);
+    }
+    alone = start == 0 && last == first;
+    start = end;
+  }
+  return alone ? text : "[" + text + "]";
+}
+
+/// Unites folds that differ in their number alone; what they have in common is united.
+void HostFolder::unite(std::vector<Fold>& folds) {
+  std::sort(folds.begin(), folds.end(), [](const Fold& a, const Fold& b) {
+    if (const int order = a.head.compare(b.head); order != 0) {
+      return order < 0;
+    }
+    if (const int order = a.tail.compare(b.tail); order != 0) {
+      return order < 0;
+    }
+    return a.number.size() != b.number.size() ? a.number.size() < b.number.size()
+                                              : a.number < b.number;
+  });
+  std::size_t united = 0;
+  for (std::size_t start = 0; start < folds.size();) {
+    std::size_t end = start + 1;
+    while (end < folds.size() && folds[end].head == folds[start].head &&
+           folds[end].tail == folds[start].tail) {
+      ++end;
+    }
+    folds[start].tail.insert(0, bracket(std::span(folds).subspan(start, end - start)));
+    std::swap(folds[united++], folds[start]);
+    start = end;
+  }
+  folds.resize(united);
+}
+
+void HostFolder::add(std::string_view name) {
+  if (!expected_.empty() && name == expected_) {
+    Fold& run = folds_.back();
+    run.last = name.substr(run.head.size(), run.number.size());
+  } else {
+    Fold& fold = folds_.emplace_back(Fold{name, name, {}, {}, {}});
+    cut_last_number(fold);
+    expected_ = name;
+  }
+  expect_next();
+}
+
+std::string HostFolder::fold() {
+  expected_.clear();
+  std::vector<Fold> done;
+  while (!folds_.empty()) {
+    const auto end = std::partition(folds_.begin(), folds_.end(),
                                     [](const Fold& fold) { return !fold.number.empty(); });
-    done.insert(done.end(), std::move_iterator(end), std::move_iterator(open.end()));
-    open.erase(end, open.end());
-    unite(open);
+    done.insert(done.end(), std::move_iterator(end), std::move_iterator(folds_.end()));
+    folds_.erase(end, folds_.end());
+    unite(folds_);
+    std::for_each(folds_.begin(), folds_.end(), cut_last_number);
   }
   std::sort(done.begin(), done.end(),
             [](const Fold& a, const Fold& b) { return natural_less(a.first, b.first); });
@@ -370,6 +384,14 @@ std::string fold_hosts(const std::vector<std::string>& names) {
     }
   }
   return text;
+}
+
+std::string fold_hosts(const std::vector<std::string>& names) {
+  HostFolder folder;
+  for (const std::string& name : names) {
+    folder.add(name);
+  }
+  return folder.fold();
 }
 
 }  // namespace qorn::node

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,5 +55,35 @@ std::vector<std::string> expand_hosts(std::string_view hosts, std::string& reaso
 /// and its fold is the same text. Numbers of more than 18 digits stay as they are. Takes n log n
 /// time for n names.
 std::string fold_hosts(const std::vector<std::string>& names);
+
+/// Folds host names that come one by one, as fold_hosts does. What it holds grows with the runs
+/// that it is given, not with the names, and names in order cost one pass.
+class HostFolder {
+ public:
+  /// `name` must stay where it is until the fold is made.
+  void add(std::string_view name);
+
+  /// The fold of the names, which are forgotten.
+  std::string fold();
+
+ private:
+  /// Names that become one piece: `head` as it stands, a number, then all that `tail` gives.
+  struct Fold {
+    std::string_view first;  // the first of the names
+    std::string_view head;
+    std::string_view number;  // the first of a run, or the only one; empty for no number
+    std::string_view last;    // of the run
+    std::string tail;
+  };
+
+  static void cut_last_number(Fold& fold);
+  static std::string bracket(std::span<const Fold> folds);
+  static void unite(std::vector<Fold>& folds);
+
+  void expect_next();
+
+  std::vector<Fold> folds_;
+  std::string expected_;  // the name that continues the last run; empty for none
+};
 
 }  // namespace qorn::node
