@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <qorn/datastore/datastore_parse_utility.h>
+#include <qorn/node.h>
 
 #include "plan_frameworks.h"
 #include "plan_layout.h"
@@ -58,24 +59,27 @@ void add_run(std::string& plan, const Config& config) {
   plan.append("Plan of the run\n").append(aligned(rows));
 }
 
-/// Host names by role. Nodes come by the million, and most have the roles of the one before.
-std::map<std::string, std::vector<std::string>> nodes_by_role(const std::vector<Node>& nodes) {
-  std::map<std::string, std::vector<std::string>> by_role;
-  std::set<std::vector<std::string>*> lists;  // those of the node's roles
+struct RoleNodes {
+  std::size_t count = 0;
+  node::HostFolder names;
+};
+
+/// Nodes come by the million, and most have the roles of the one before.
+std::map<std::string, RoleNodes> nodes_by_role(const std::vector<Node>& nodes) {
+  std::map<std::string, RoleNodes> by_role;
+  std::set<RoleNodes*> roles;  // of the node
   const Node* before = nullptr;
   for (const Node& node : nodes) {
     if (before == nullptr || node.roles != before->roles) {
-      lists.clear();
+      roles.clear();
       for (const std::string& role : node.roles) {
-        lists.insert(&by_role[role]);
+        roles.insert(&by_role[role]);
       }
     }
-    if (before == nullptr && !lists.empty()) {
-      (*lists.begin())->reserve(nodes.size());  // growing would cost as much as the copies do
-    }
     before = &node;
-    for (std::vector<std::string>* list : lists) {
-      list->push_back(node.hostname);
+    for (RoleNodes* role : roles) {
+      ++role->count;
+      role->names.add(node.hostname);
     }
   }
   return by_role;
@@ -83,11 +87,10 @@ std::map<std::string, std::vector<std::string>> nodes_by_role(const std::vector<
 
 void add_nodes(std::string& plan, const Config& config) {
   std::vector<Row> rows;
-  for (auto& [role, names] : nodes_by_role(config.nodes)) {
-    const std::string count = std::to_string(names.size());
-    rows.push_back({role, count, folded(std::move(names))});
+  for (auto& [role, nodes] : nodes_by_role(config.nodes)) {
+    rows.push_back({role, std::to_string(nodes.count), shortened(nodes.names.fold())});
   }
-  if (config.nodes.empty()) {
+  if (config.nodes.empty() && (config.operations & operation::ANALYZE) != 0) {
     rows.push_back({"none given: they come from the database"});
   }
   add_section(plan, "Nodes: " + std::to_string(config.nodes.size()), aligned(rows));
@@ -181,13 +184,12 @@ void add_datastores(std::string& plan, const Config& config) {
   add_rows(plan, "Datastores", rows.size(), rows);
 }
 
-std::vector<std::string> hostnames(const ClusterDefinition& group) {
-  std::vector<std::string> names;
-  names.reserve(group.nodes.size());
+std::string folded_names(const ClusterDefinition& group) {
+  node::HostFolder names;
   for (const auto& node : group.nodes) {
-    names.push_back(node->hostname);
+    names.add(node->hostname);
   }
-  return names;
+  return shortened(names.fold());
 }
 
 void add_groups(std::string& plan, const Config& config) {
@@ -201,7 +203,7 @@ void add_groups(std::string& plan, const Config& config) {
         {name + (group->implicit ? " (implicit)" : ""),
          std::to_string(group->nodes.size()) + " nodes",
          fwds.empty() ? "runs nothing" : "runs " + joined({fwds.begin(), fwds.end()}, ", "),
-         folded(hostnames(*group))});
+         folded_names(*group)});
   }
   add_rows(plan, "Node groups", rows.size(), rows);
 }
@@ -248,21 +250,24 @@ void add_solutions(std::string& plan, const Config& config) {
   add_rows(plan, "Solutions", rows.size(), rows);
 }
 
+/// What the diagnosis files conclude and from which signs, then which rules assert the signs.
 void add_diagnoses(std::string& plan, const Config& config) {
-  std::map<std::string, Row> rows;
+  std::vector<Row> diagnoses;
   for (const auto& [id, signs] : config.diagnosis_signs) {
-    rows[id] = {id, "signs: " + joined(signs, ", ")};
+    diagnoses.push_back({id, "signs: " + joined(signs, ", ")});
+    const auto rules = config.diagnosis_rules.find(id);
+    if (rules != config.diagnosis_rules.end()) {
+      diagnoses.back().push_back("rules: " + joined(rules->second, ", "));
+    }
   }
+  add_rows(plan, "Diagnoses", diagnoses.size(), diagnoses);
+  std::vector<Row> signs;
   for (const auto& [id, rules] : config.diagnosis_rules) {
-    Row& row = rows.try_emplace(id, Row{id, "no signs"}).first->second;
-    row.push_back("rules: " + joined(rules, ", "));
+    if (config.diagnosis_signs.count(id) == 0) {
+      signs.push_back({id, "rules: " + joined(rules, ", ")});
+    }
   }
-  std::vector<Row> lines;
-  lines.reserve(rows.size());
-  for (auto& [id, row] : rows) {
-    lines.push_back(std::move(row));
-  }
-  add_rows(plan, "Diagnoses", lines.size(), lines);
+  add_rows(plan, "Signs", signs.size(), signs);
 }
 
 std::string condition(const Element& element);

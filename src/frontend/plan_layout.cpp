@@ -4,13 +4,12 @@
 #include <unordered_set>
 #include <utility>
 
-#include <qorn/node.h>
 #include <qorn/str.h>
 
 namespace qorn::frontend {
 namespace {
 
-constexpr std::size_t WIDEST_COLUMN = 32;
+constexpr std::size_t WIDEST_COLUMN = 48;
 constexpr std::size_t LONGEST_FOLDED = 400;
 
 /// The last comma at or ahead of `end` that stands outside brackets.
@@ -80,13 +79,12 @@ std::string aligned(const std::vector<Row>& rows) {
   return text;
 }
 
-std::string folded(std::vector<std::string> hostnames) {
-  std::string text = node::fold_hosts(std::move(hostnames));
-  if (text.size() <= LONGEST_FOLDED) {
-    return text;
+std::string shortened(std::string folded_names) {
+  if (folded_names.size() > LONGEST_FOLDED) {
+    const std::size_t end = last_separator(folded_names, LONGEST_FOLDED);
+    folded_names.replace(end, std::string::npos, end == 0 ? "..." : ",...");
   }
-  const std::size_t end = last_separator(text, LONGEST_FOLDED);
-  return text.substr(0, end) + (end == 0 ? "..." : ",...");
+  return folded_names;
 }
 
 }  // namespace qorn::frontend

@@ -23,7 +23,8 @@ std::string joined(const std::vector<std::string>& entries, std::string_view sep
 /// longer than a column is wide moves what follows it in its line.
 std::string aligned(const std::vector<Row>& rows);
 
-/// Host names folded; what doesn't fit a few lines of a terminal is cut behind a whole name.
-std::string folded(std::vector<std::string> hostnames);
+/// The folded names, or, where they don't fit a few lines of a terminal, as many whole pieces of
+/// them as do.
+std::string shortened(std::string folded_names);
 
 }  // namespace qorn::frontend
