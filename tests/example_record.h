@@ -20,8 +20,7 @@ inline std::shared_ptr<FwdNode> add_fwd(Config& config, const std::string& name,
   node->fwd->path = config.root + "/etc/fwd/" + name + ".xml";
   node->fwd->node = node;
   for (const auto& member : includes) {
-    node->groups.push_back(
-        {{{"passing_constraint", "0"}, {"dependency_type", "non-blocking"}}, {member}});
+    node->groups.push_back({{{"passing_constraint", "0"}}, {member}});
     member->parents.push_back(node);
   }
   config.fwds->by_path[node->fwd->path] = node->fwd;
@@ -36,7 +35,7 @@ inline std::shared_ptr<provider_config> add_provider(Config& config, const std::
   provider->config_file = "/q/etc/providers/" + name + ".xml";
   for (Fwd* fwd : fwds) {
     provider->fwds.insert(fwd);
-    fwd->provider_groups.push_back({{{"dependency_type", "non-blocking"}}, {provider}});
+    fwd->provider_groups.push_back({{{"b", ""}, {"a", ""}}, {provider}});
   }
   config.providers[name] = provider;
   return provider;
@@ -49,7 +48,7 @@ inline void add_frameworks(Config& config) {
   config.fwds->roots = {add_fwd(config, "base", {cpu, memory})};
   config.fwds->names = {"base"};
   cpu->fwd->kb_mods = {"/q/kb/rules/cpu.clp", "/q/kb/rules/gone.clp"};
-  cpu->fwd->rules = {{"cpu-count", "/q/kb/rules/cpu.clp", "Counts\nprocessors."}};
+  cpu->fwd->rules = {{"cpu-count", "/q/kb/rules/cpu.clp", "Counts\nthem."}};
   cpu->fwd->analyzer_extensions = {{"ext"}};
   const auto lscpu = add_provider(config, "lscpu", {cpu->fwd.get(), sensors->fwd.get()});
   lscpu->command = "lscpu \x1b[31m-J";

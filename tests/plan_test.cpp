@@ -62,9 +62,11 @@ Reports: 1
 Solutions: 1
   kernel  expected-release[arch=x86_64] 6.1
 
-Diagnoses: 2
+Diagnoses: 1
   bad-memory  signs: ecc, oom  rules: mem-ecc
-  ecc         no signs         rules: mem-ecc
+
+Signs: 1
+  ecc  rules: mem-ecc
 
 Rules to generate: 1
   CPU  slow  critical  on node1  not(speed ge 2000)

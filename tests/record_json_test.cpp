@@ -44,48 +44,34 @@ TEST(RecordJson, HoldsEveryFieldInDeclaredOrder) {
 }
 
 TEST(RecordJson, WritesEachKindOfValueInItsForm) {
-  struct Case {
-    const char* place;
-    const char* json;
-  };
-  const Case cases[] = {
-      {"/record_version", "1"},
+  const std::pair<const char*, const char*> cases[] = {
       {"/sort_fields", R"([{"ascending": true, "field": "node"}])"},
       {"/suppressions", R"([{"confidence": 5, "id": "id", "node_id": "node1", "severity": 4}])"},
       {"/message_categories", R"({"a": "CPU", "b": "SYSTEM"})"},
-      {"/fwds/names", R"(["base"])"},
       {"/fwds/roots", R"(["/q/etc/fwd/base.xml"])"},
       {"/fwds/by_path/~1q~1etc~1fwd~1cpu.xml", R"({
-          "kb_mods": ["/q/kb/rules/cpu.clp", "/q/kb/rules/gone.clp"],
-          "rules": [{"name": "cpu-count", "file": "/q/kb/rules/cpu.clp",
-                     "description": "Counts\nprocessors."}],
+          "kb_mods": ["/q/kb/rules/cpu.clp", "/q/kb/rules/gone.clp"], "rules": [{
+            "name": "cpu-count", "file": "/q/kb/rules/cpu.clp", "description": "Counts\nthem."}],
           "provider_path": "", "provider_aux_path": "", "kb_path": "", "description": "",
           "name": "cpu", "postproc_extensions": [], "analyzer_extensions": [{"name": "ext"}],
           "message_catalogs": [], "custom_result": "", "path": "/q/etc/fwd/cpu.xml",
-          "provider_groups": [
-            {"attributes": {"dependency_type": "non-blocking"}, "members": ["lscpu"]},
-            {"attributes": {"dependency_type": "non-blocking"}, "members": ["lost"]}],
-          "state": 2,
-          "node": {"blocking_count": 0, "visited": true,
-                   "groups": [{"attributes": {"dependency_type": "non-blocking",
-                                              "passing_constraint": "0"},
-                               "members": ["/q/etc/fwd/sensors.xml"]}],
-                   "parents": ["/q/etc/fwd/base.xml"]}})"},
-      {"/providers/imb", R"({
-          "name": "imb", "config_file": "/q/etc/providers/imb.xml", "config_dir": "",
-          "aux_path": "", "command": "mpirun imb", "max_nodes": 16, "min_nodes": 2,
-          "encoding": "none", "timeout": 60, "architecture": "any", "cluster": "any",
-          "timeout_scale": "linear", "version": 1, "nodelist_method": "none", "permutations": 1,
-          "roles": ["compute", "head"], "success_codes": [0],
+          "provider_groups": [{"attributes": {"a": "", "b": ""}, "members": ["lscpu"]},
+                              {"attributes": {"a": "", "b": ""}, "members": ["lost"]}],
+          "state": 2, "node": {"blocking_count": 0, "visited": true, "groups": [{
+              "attributes": {"passing_constraint": "0"}, "members": ["/q/etc/fwd/sensors.xml"]}],
+            "parents": ["/q/etc/fwd/base.xml"]}})"},
+      {"/providers/imb", R"({"name": "imb", "config_file": "/q/etc/providers/imb.xml",
+          "config_dir": "", "aux_path": "", "command": "mpirun imb", "max_nodes": 16,
+          "min_nodes": 2, "encoding": "none", "timeout": 60, "architecture": "any",
+          "cluster": "any", "timeout_scale": "linear", "version": 1, "nodelist_method": "none",
+          "permutations": 1, "roles": ["compute", "head"], "success_codes": [0],
           "fwds": ["/q/etc/fwd/memory.xml"]})"},
       {"/providers/lscpu/fwds", R"(["/q/etc/fwd/cpu.xml", "/q/etc/fwd/sensors.xml"])"},
       {"/datastores", R"([{"type": 0, "name": "DATA", "extension_name": "sqlite",
           "extension_text": "", "parameters": "read_only=true|source=\"~/x.db\""}])"},
       {"/cluster_definition", "null"},
-      {"/node_groups/All-except-nodegroup-gpu", R"({
-          "name": "All-except-nodegroup-gpu",
-          "fwd_nodes": [
-            {"path": "/q/etc/fwd/base.xml", "members": [
+      {"/node_groups/All-except-nodegroup-gpu", R"({"name": "All-except-nodegroup-gpu",
+          "fwd_nodes": [{"path": "/q/etc/fwd/base.xml", "members": [
               {"path": "/q/etc/fwd/cpu.xml",
                "members": [{"path": "/q/etc/fwd/sensors.xml", "members": []}]},
               {"path": "/q/etc/fwd/memory.xml",
@@ -101,9 +87,7 @@ TEST(RecordJson, WritesEachKindOfValueInItsForm) {
       {"/solutions/kernel", R"({"name": "kernel",
           "expected": {"expected-release": {"arch": [["x86_64", "6.1"]]}}})"},
       {"/type_map", R"({"count": "LONG"})"},
-      {"/nodes/0", R"({"subcluster": "", "hostname": "node1", "roles": ["compute"]})"},
       {"/nodes/2", R"({"subcluster": "old", "hostname": "hä\"�", "roles": ["compute", "head"]})"},
-      {"/nodes/3", R"({"subcluster": "old", "hostname": "login", "roles": []})"},
       {"/config_params", R"([{"group": "checks", "name": "qorn-checks", "values": ["1", "2"]}])"},
       {"/async_output_dir", R"("/")"},
       {"/collector_timeout_scale", R"("logarithmic")"},
@@ -137,7 +121,7 @@ TEST(RecordJson, RefusesATreeDeeperThanItsLimitAheadOfAnyOutput) {
   for (std::size_t level = 1; level < MOST_TREE_LEVELS; ++level) {
     top = example::add_fwd(config, "f" + std::to_string(level), {top});
   }
-  config.node_groups.begin()->second->fwd_nodes = {top};
+  config.node_groups.begin()->second->fwd_nodes.insert(top);
   EXPECT_EQ(text_of(config).size(), Json::parse(text_of(config)).dump(2).size() + 1);
 
   bottom->groups.push_back({{}, {example::add_fwd(config, "deeper", {})}});
