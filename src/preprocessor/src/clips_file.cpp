@@ -1,11 +1,11 @@
 #include "clips_file.h"
 
+#include <algorithm>
+#include <cerrno>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
-
-#include <algorithm>
-#include <cerrno>
 
 namespace qorn::preproc::clips_parser {
 namespace {
@@ -27,14 +27,13 @@ class Descriptor {
   const int number;
 };
 
-/// Appends the file's bytes to `text` up to its end, which gives true, to a failure, or until
-/// there are more than MOST_BYTES.
+/// Reads to the end of the file, which is said to have `expected` bytes. False: reading broke off,
+/// or there are more than MOST_BYTES, which errno says as EFBIG.
 bool read_all(int descriptor, std::size_t expected, std::string& text) {
   std::size_t used = 0;
-  text.resize(std::min(expected, MOST_BYTES) + 1);
-  while (used <= MOST_BYTES) {
+  while (std::max(used, expected) <= MOST_BYTES) {
     if (used == text.size()) {
-      text.resize(2 * used);
+      text.resize(used == 0 ? expected + 1 : 2 * used);
     }
     const ssize_t got = read(descriptor, text.data() + used, text.size() - used);
     if (got < 0 && errno == EINTR) {
@@ -46,6 +45,7 @@ bool read_all(int descriptor, std::size_t expected, std::string& text) {
     }
     used += static_cast<std::size_t>(got);
   }
+  errno = EFBIG;
   return false;
 }
 
@@ -65,7 +65,7 @@ ClipsFile read_clips_file(const std::string& path) {
   file.id = {status.st_dev, status.st_ino};
   if (read_all(descriptor.number, static_cast<std::size_t>(status.st_size), file.text)) {
     file.state = ClipsFile::State::READ;
-  } else if (file.text.size() > MOST_BYTES) {
+  } else if (errno == EFBIG) {
     file.reason = "larger than 100 MB";
     file.text.clear();
   } else {

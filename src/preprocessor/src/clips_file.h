@@ -1,11 +1,11 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
+
+#include <sys/types.h>
 
 namespace qorn::preproc::clips_parser {
 

@@ -1,5 +1,3 @@
-#include <qorn/preproc/clips_parser.h>
-
 #include <cstddef>
 #include <iostream>
 #include <map>
@@ -10,6 +8,7 @@
 #include <vector>
 
 #include <qorn/log/error_log.h>
+#include <qorn/preproc/clips_parser.h>
 #include <qorn/str.h>
 
 #include "clips_file.h"
@@ -33,12 +32,15 @@ struct RuleFile {
   Outcome outcome;
 };
 
+/// Files by path that are scanned and remembered.
+using KnownFiles = std::map<std::string, std::shared_ptr<RuleFile>>;
+
 /// What holds for one run.
 struct Run {
-  /// By path and directory of loads. The outcome of a file depends on its lines and on the
-  /// variable pattern alone. Lines that need the pattern make it, so it can't differ later. Which
-  /// of the loads are followed is decided anew each time.
-  std::map<std::pair<std::string, std::string>, std::shared_ptr<RuleFile>> known_files;
+  /// By the directory of loads. What a file brings depends on its lines and on the variable
+  /// pattern alone. Lines that need the pattern make it, so it can't differ later. Which of the
+  /// loads are followed is decided anew each time.
+  std::map<std::string, KnownFiles> known_files;
   std::size_t variable_ids = 0;
 };
 
@@ -50,7 +52,12 @@ class ChainScan {
  public:
   ChainScan(std::set<Rule>& rules, Config& config, const std::string& kb_dir, Run& run,
             bool keep_files)
-      : rules_(rules), config_(config), kb_dir_(kb_dir), run_(run), keep_files_(keep_files) {}
+      : rules_(rules),
+        config_(config),
+        kb_dir_(kb_dir),
+        run_(run),
+        known_files_(run.known_files[kb_dir]),
+        keep_files_(keep_files) {}
 
   /// Returns false when a file couldn't be read.
   bool scan(const std::string& path) {
@@ -83,8 +90,8 @@ class ChainScan {
 
   void enter(const std::string& path) {
     Link link;
-    const auto known = run_.known_files.find({path, kb_dir_});
-    if (known != run_.known_files.end()) {
+    const auto known = known_files_.find(path);
+    if (known != known_files_.end()) {
       link.file = known->second;
     } else if (!open(path, link)) {
       count_load(0);
@@ -106,7 +113,7 @@ class ChainScan {
       return false;
     }
     link.file = std::make_shared<RuleFile>(RuleFile{path, file.id, file.text.size(), {}});
-    link.scan = std::make_unique<RuleScan>(path, kb_dir_, std::move(file.text));
+    link.scan = std::make_unique<RuleScan>(link.file->path, kb_dir_, std::move(file.text));
     link.failed = file.state == ClipsFile::State::FAILED;
     link.keep = keep_files_ && !link.failed;
     link.reason = std::move(file.reason);
@@ -151,6 +158,7 @@ class ChainScan {
     }
   }
 
+  // No first file is large enough to fail here by itself.
   void count_load(std::size_t bytes) {
     loaded_bytes_ += LEAST_BYTES_OF_LOAD + bytes;
     if (loaded_bytes_ > MOST_LOADED_BYTES) {
@@ -174,7 +182,7 @@ class ChainScan {
       rules_.insert(link.file->outcome.rule);
     }
     if (link.keep) {
-      run_.known_files.emplace(std::pair(link.file->path, kb_dir_), link.file);
+      known_files_.emplace(link.file->path, link.file);
     }
     on_chain_.erase(link.file->id);
     chain_.pop_back();
@@ -184,6 +192,7 @@ class ChainScan {
   Config& config_;
   const std::string& kb_dir_;
   Run& run_;
+  KnownFiles& known_files_;
   bool keep_files_;
   std::vector<Link> chain_;
   std::set<FileId> on_chain_;

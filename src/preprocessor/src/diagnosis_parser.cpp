@@ -1,3 +1,5 @@
+#include <cstddef>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,6 +14,8 @@
 
 namespace qorn::preproc::clips_parser {
 namespace {
+
+constexpr std::size_t MOST_SIGNS = 1'000'000;  // that one file may add to the record
 
 bool starts_rule(std::string_view line) {
   static const EcmaPattern pattern(R"re(^\s*\(\s*(defrule)\s+)re", "defrule");
@@ -44,6 +48,7 @@ struct Scan {
   bool in_conditions = true;
   bool continued = false;  // the line before ended in an alternative
   std::vector<std::string> conditions;
+  std::size_t signs = 0;  // added to the record
 };
 
 void take_condition(std::string_view line, Scan& scan) {
@@ -54,16 +59,23 @@ void take_condition(std::string_view line, Scan& scan) {
   scan.continued = has_further_alternative(line);
 }
 
-void take_conclusion(std::string_view line, const Scan& scan, Config& config) {
+void take_conclusion(std::string_view line, const std::string& file, Scan& scan, Config& config) {
   const std::string id = first_id(line);
-  if (!id.empty()) {
-    auto& signs = config.diagnosis_signs[id];
-    signs.insert(signs.end(), scan.conditions.begin(), scan.conditions.end());
+  if (id.empty()) {
+    return;
   }
+  scan.signs += scan.conditions.size();
+  if (scan.signs > MOST_SIGNS) {
+    throw std::runtime_error("The diagnosis file " + str::printable(file) +
+                             " has more than 1,000,000 signs: each id that a rule asserts takes "
+                             "all ids of its conditions.");
+  }
+  auto& signs = config.diagnosis_signs[id];
+  signs.insert(signs.end(), scan.conditions.begin(), scan.conditions.end());
 }
 
 // The rest of a line that starts a rule or holds the arrow isn't looked at.
-void scan_line(std::string_view line, Scan& scan, Config& config) {
+void scan_line(std::string_view line, const std::string& file, Scan& scan, Config& config) {
   if (line.starts_with(';')) {
     return;
   }
@@ -75,7 +87,7 @@ void scan_line(std::string_view line, Scan& scan, Config& config) {
   } else if (scan.in_conditions) {
     take_condition(line, scan);
   } else {
-    take_conclusion(line, scan, config);
+    take_conclusion(line, file, scan, config);
   }
 }
 
@@ -87,7 +99,7 @@ void parse_diagnoses(const std::string& file, Config& config) {
   Lines lines(content.text);
   std::string_view line;
   while (lines.next(line)) {
-    scan_line(line, scan, config);
+    scan_line(line, file, scan, config);
   }
   if (content.state != ClipsFile::State::FAILED) {
     return;

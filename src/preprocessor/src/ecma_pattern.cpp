@@ -1,12 +1,13 @@
 #include "ecma_pattern.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
-#include <regex>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -14,10 +15,14 @@
 namespace qorn::preproc::clips_parser {
 namespace {
 
-constexpr int MOST_REPETITIONS = 1000;  // RE2's own limit
-constexpr int MOST_QUANTIFIERS = 1000;  // RE2's limit on nesting
+constexpr int MOST_REPETITIONS = 1000;     // RE2's own limit
+constexpr int MOST_QUANTIFIERS = 1000;     // RE2's limit on nesting
 constexpr std::int64_t MEMORY = 64 << 20;  // bytes, for a pattern and its automata
-constexpr const char* NO_BYTE = "[^\\x00-\\x{10FFFF}]";
+// Sets of bytes, as they stand between brackets.
+constexpr const char* ALL = "\\x00-\\xff";
+constexpr const char* WHITE_SPACE = "\\t-\\r ";  // RE2's own has no vertical tab
+constexpr const char* NO_WHITE_SPACE = "\\x00-\\x08\\x0e-\\x1f\\x21-\\xff";
+constexpr const char* NO_BYTE = "[^\\x00-\\xff]";
 constexpr const char* DIGITS = "0123456789";
 
 RE2::Options options() {
@@ -36,20 +41,11 @@ std::string literal(char c) {
   return std::string("\\x").append(1, HEX[byte >> 4U]).append(1, HEX[byte & 0xFU]);
 }
 
-/// The class of all bytes that `atom` matches. The standard library says which: bracket
-/// expressions and rare escapes have too many rules of their own to tell them again.
-std::string byte_class(const std::string& atom) {
-  const std::regex regex(atom);
-  const auto is_matched = [&](int byte) {
-    return std::regex_match(std::string(1, static_cast<char>(byte)), regex);
-  };
-  std::string result = "[";
-  for (int byte = 0; byte < 256; ++byte) {
-    if (is_matched(byte)) {
-      result += literal(static_cast<char>(byte));
-    }
-  }
-  return result == "[" ? NO_BYTE : result + "]";
+bool is_named_class(std::string_view name) {
+  constexpr std::array<std::string_view, 12> NAMES = {"alnum", "alpha", "blank", "cntrl",
+                                                      "digit", "graph", "lower", "print",
+                                                      "punct", "space", "upper", "xdigit"};
+  return std::find(NAMES.begin(), NAMES.end(), name) != NAMES.end();
 }
 
 }  // namespace
@@ -73,9 +69,7 @@ class EcmaPattern::Translator {
 
   explicit Translator(std::string_view pattern) : in_(pattern) {}
 
-  [[noreturn]] static void invalid() {
-    throw std::regex_error(std::regex_constants::error_complexity);
-  }
+  [[noreturn]] static void invalid() { throw std::invalid_argument("invalid pattern"); }
 
   void translate_next() {
     switch (const char c = in_[next_]) {
@@ -183,19 +177,14 @@ class EcmaPattern::Translator {
   void translate_escape() {
     const char c = next_ + 1 < in_.size() ? in_[next_ + 1] : '\0';
     if (c == 'b' || c == 'B') {
-      add_assertion({'\\', c}, 2);
-    } else if (c == 's') {
-      add_atom("[\\t-\\r ]", 2);
-    } else if (c == 'S') {
-      add_atom("[^\\t-\\r ]", 2);
-    } else if (c >= '1' && c <= '9') {
-      refer_to_group();
-    } else if (std::ispunct(static_cast<unsigned char>(c)) != 0) {
-      add_atom(literal(c), 2);
-    } else {
-      const std::size_t length = escape_length(next_);
-      add_atom(byte_class(std::string(in_.substr(next_, length))), length);
+      return add_assertion({'\\', c}, 2);
     }
+    if (c >= '1' && c <= '9') {
+      return refer_to_group();
+    }
+    std::string set;
+    const auto byte = read_escape(set);
+    add_atom(byte ? literal(*byte) : "[" + set + "]", 0);
   }
 
   // A group ahead of an alternative has no part in it, and a reference to it never matches there.
@@ -207,43 +196,127 @@ class EcmaPattern::Translator {
     add_atom(has_alternatives_ ? NO_BYTE : first_group_, end - next_);
   }
 
-  std::size_t escape_length(std::size_t start) const {
-    switch (start + 1 < in_.size() ? in_[start + 1] : '\0') {
+  /// Reads an escape. One for a set of bytes is added to `set` and gives none.
+  std::optional<char> read_escape(std::string& set) {
+    ++next_;
+    switch (const char c = read_byte()) {
+      case 'd':
+      case 'D':
+      case 'w':
+      case 'W':
+        set.append({'\\', c});
+        return std::nullopt;
+      case 's':
+        set += WHITE_SPACE;
+        return std::nullopt;
+      case 'S':
+        set += NO_WHITE_SPACE;
+        return std::nullopt;
       case 'c':
-        return 3;
+        return read_byte();  // as the standard library has it: no control byte is made of it
       case 'x':
-        return 4;
+        return read_hexadecimal(2);
       case 'u':
-        return 6;
+        return read_hexadecimal(4);
       default:
-        return 2;
+        return escaped_byte(c);
     }
   }
 
-  void translate_brackets() {
-    std::size_t end = next_ + 1;
-    while (end < in_.size() && in_[end] != ']') {
-      const std::string_view named = in_.substr(end, 2);
-      if (in_[end] == '\\') {
-        end += escape_length(end);
-      } else if (named == "[:" || named == "[." || named == "[=") {
-        const std::size_t close = in_.find(std::string{named[1], ']'}, end + 2);
-        end = close == std::string_view::npos ? in_.size() : close + 2;
-      } else {
-        ++end;
-      }
-    }
-    if (end >= in_.size()) {
+  static char escaped_byte(char c) {
+    constexpr std::string_view NAMES = "0bfnrtv";
+    constexpr std::string_view BYTES("\0\b\f\n\r\t\v", NAMES.size());
+    const std::size_t found = NAMES.find(c);
+    if (c == 'B' || (c >= '1' && c <= '9')) {
       invalid();
     }
-    const std::size_t length = end + 1 - next_;
-    add_atom(byte_class(std::string(in_.substr(next_, length))), length);
+    return found == std::string_view::npos ? c : BYTES[found];
+  }
+
+  char read_byte() {
+    if (next_ >= in_.size()) {
+      invalid();
+    }
+    return in_[next_++];
+  }
+
+  char read_hexadecimal(std::size_t digits) {
+    unsigned value = 0;
+    const std::string_view text = in_.substr(next_, digits);
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, 16);
+    if (error != std::errc() || end != text.data() + digits) {
+      invalid();
+    }
+    next_ += digits;
+    return static_cast<char>(value);
+  }
+
+  void translate_brackets() {
+    enum class Before { NOTHING, BYTE, CLASS } before = Before::NOTHING;
+    ++next_;
+    const bool is_negated = skip('^');
+    std::string set;
+    char byte = '\0';  // the one before, which a range may start from
+    while (!skip(']')) {
+      const bool is_dash = in_.substr(next_, 1) == "-" && in_.substr(next_, 2) != "-]";
+      if (is_dash && before == Before::CLASS) {
+        invalid();
+      }
+      if (is_dash && before == Before::BYTE) {
+        add_range(byte, set);
+        before = Before::NOTHING;
+      } else if (const auto next = read_element(set)) {
+        byte = *next;
+        set += literal(byte);
+        before = Before::BYTE;
+      } else {
+        before = Before::CLASS;
+      }
+    }
+    if (set.empty()) {
+      return add_atom(is_negated ? "[" + std::string(ALL) + "]" : NO_BYTE, 0);
+    }
+    add_atom((is_negated ? "[^" : "[") + set + "]", 0);
+  }
+
+  // `set` ends with the first byte already. As the standard library has it, bytes are compared as
+  // char: where that is signed, a range may run from the upper half into the lower one.
+  void add_range(char first, std::string& set) {
+    ++next_;
+    std::string other_set;
+    const char last = read_element(other_set).value_or('\0');
+    if (!other_set.empty() || first > last) {
+      invalid();
+    }
+    const bool is_wrapped = static_cast<unsigned char>(first) > static_cast<unsigned char>(last);
+    set.append(is_wrapped ? "-\\xff\\x00-" : "-").append(literal(last));
+  }
+
+  /// Reads one element of a bracket expression. A set of bytes is added to `set` and gives none.
+  std::optional<char> read_element(std::string& set) {
+    const std::string_view rest = in_.substr(next_);
+    if (rest.starts_with('\\')) {
+      return read_escape(set);
+    }
+    if (rest.starts_with("[.") || rest.starts_with("[=")) {
+      invalid();
+    }
+    if (!rest.starts_with("[:")) {
+      return read_byte();
+    }
+    const std::string_view name = rest.substr(2, rest.find(":]") - 2);
+    if (!is_named_class(name)) {
+      invalid();
+    }
+    set.append("[:").append(name).append(":]");
+    next_ += name.size() + 4;
+    return std::nullopt;
   }
 
   std::string_view in_;
   std::size_t next_ = 0;
   std::string out_;
-  std::size_t atom_ = NO_ATOM;  // where in out_ the atom starts that a quantifier counts for
+  std::size_t atom_ = NO_ATOM;       // where in out_ the atom starts that a quantifier counts for
   std::vector<std::size_t> groups_;  // where in out_ the open ones start
   std::string first_group_;
   int quantifiers_ = 0;
@@ -251,13 +324,14 @@ class EcmaPattern::Translator {
 };
 
 EcmaPattern::EcmaPattern(std::string_view pattern, std::string_view required)
-    : EcmaPattern(Translator::translate(pattern), required) {}
+    : EcmaPattern(Translator::translate(pattern), required) {
+}
 
-EcmaPattern::EcmaPattern(Translated translated, std::string_view required)
+EcmaPattern::EcmaPattern(const Translated& translated, std::string_view required)
     : re2_(translated.pattern, options()),
       required_(translated.has_alternatives ? std::string_view() : required) {
   if (!re2_.ok()) {
-    throw std::regex_error(std::regex_constants::error_complexity);
+    throw std::invalid_argument("invalid pattern");
   }
 }
 

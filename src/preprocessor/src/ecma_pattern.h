@@ -12,14 +12,14 @@ namespace qorn::preproc::clips_parser {
 /// RE2: a search costs time linear in the subject and can't overflow the stack, and it finds the
 /// very text that std::regex finds. Subjects are bytes, NUL included.
 ///
-/// Without a translation, and so not valid, are the forms "(?…", a repetition of more than 1,000
-/// times, more than 1,000 quantifiers, and a reference to any group but the first, which must be a
-/// plain word.
+/// Without a translation, and so not valid, are the forms "(?…", "[.…" and "[=…", a repetition of
+/// more than 1,000 times, more than 1,000 quantifiers, and a reference to any group but the first,
+/// which must be a plain word.
 class EcmaPattern {
  public:
   /// `required` is a text that stands in every match; a subject without it is told apart by a
   /// plain search. It counts for nothing when the pattern turns out to be a choice between
-  /// alternatives. Throws std::regex_error when the pattern isn't valid.
+  /// alternatives. Throws std::invalid_argument when the pattern isn't valid.
   explicit EcmaPattern(std::string_view pattern, std::string_view required = {});
 
   /// Whether the pattern matches anywhere in `subject`.
@@ -35,7 +35,7 @@ class EcmaPattern {
   };
   class Translator;
 
-  EcmaPattern(Translated translated, std::string_view required);
+  EcmaPattern(const Translated& translated, std::string_view required);
 
   RE2 re2_;
   std::string required_;

@@ -1,7 +1,8 @@
 #include "rule_scan.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
-#include <regex>
 #include <stdexcept>
 #include <utility>
 
@@ -15,13 +16,38 @@ namespace {
 constexpr std::string_view DEFRULE = "defrule";
 constexpr std::size_t MOST_QUOTED_BYTES = 200;  // of a document's text in a message
 
-std::string without_quotes(std::string_view quoted) {
-  return std::string(quoted.substr(1, quoted.size() - 2));
+/// What stands between the first and the last double quote.
+std::string within_quotes(std::string_view text) {
+  const std::size_t start = text.find('"') + 1;
+  return std::string(text.substr(start, text.rfind('"') - start));
 }
 
-/// The rule file's own words for the name of a rule: everything up to the first blank.
+/// Which of the words that matter a line holds behind its parentheses.
+struct Openings {
+  bool defrule = false;
+  bool id = false;
+};
+
+bool is_white_space(char c) {
+  return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+/// Tells the few lines apart that are worth a search by patterns.
+Openings find_openings(std::string_view line) {
+  Openings found;
+  for (std::size_t at = line.find('('); at != std::string_view::npos; at = line.find('(', at)) {
+    ++at;
+    found.defrule = found.defrule || line.substr(at).starts_with(DEFRULE);
+    while (at < line.size() && is_white_space(line[at])) {
+      ++at;
+    }
+    found.id = found.id || line.substr(at).starts_with("id");
+  }
+  return found;
+}
+
 std::optional<std::string_view> find_defrule(std::string_view line) {
-  static const EcmaPattern pattern(R"re(\s*\({1}(defrule){1}\s+\S+)re", "(defrule");
+  static const EcmaPattern pattern(R"re(\s*\({1}(defrule){1}\s+\S+)re");
   return pattern.find(line);
 }
 
@@ -33,9 +59,8 @@ bool is_negated(std::string_view line) {
 /// The value of an id slot with a literal text.
 std::optional<std::string> find_literal_id(std::string_view line) {
   static const EcmaPattern slot(R"re(\(\s*id\s+\"\S*\"\s*\))re", "\"");
-  static const EcmaPattern quoted(R"re(\"\S*\")re");
   const auto found = slot.find(line);
-  return found ? std::optional(without_quotes(*quoted.find(*found))) : std::nullopt;
+  return found ? std::optional(within_quotes(*found)) : std::nullopt;
 }
 
 /// The variable of an id slot, with its question mark.
@@ -52,7 +77,7 @@ EcmaPattern make_bind_pattern(std::string_view variable, const std::string& path
                               R"re({1}\s+\"{1}\S+\"{1}\s*\){1})re";
   try {
     return EcmaPattern(pattern, "bind");
-  } catch (const std::regex_error&) {
+  } catch (const std::invalid_argument&) {
     throw std::runtime_error(str::printable(path) + ":" + std::to_string(line_number) +
                              ": the variable '" +
                              str::printable(variable.substr(0, MOST_QUOTED_BYTES)) +
@@ -74,7 +99,7 @@ std::optional<std::string> find_bound_id(const EcmaPattern& bind, std::string_vi
   static const EcmaPattern value(R"re(\"\S+\")re");
   const auto found = bind.find(line);
   const auto quoted = found ? value.find(*found) : std::nullopt;
-  return quoted ? std::optional(without_quotes(*quoted)) : std::nullopt;
+  return quoted ? std::optional(within_quotes(*quoted)) : std::nullopt;
 }
 
 bool is_comment(std::string_view line) {
@@ -83,12 +108,8 @@ bool is_comment(std::string_view line) {
 
 }  // namespace
 
-RuleScan::RuleScan(std::string path, std::string kb_dir, std::string text)
-    : path_(std::move(path)),
-      kb_dir_(std::move(kb_dir)),
-      text_(std::move(text)),
-      lines_(text_),
-      bind_lines_(text_) {
+RuleScan::RuleScan(const std::string& path, const std::string& kb_dir, std::string text)
+    : path_(path), kb_dir_(kb_dir), text_(std::move(text)), lines_(text_), bind_lines_(text_) {
   const std::size_t star = path_.find("* ");
   rule_.file = star == std::string::npos ? path_ : path_.substr(star + 1);
 }
@@ -105,16 +126,19 @@ bool RuleScan::advance(Outcome& outcome) {
       return true;
     }
   }
-  outcome.rule = rule_;
-  if (!rule_.name.empty()) {
-    outcome.rule.description = description_;
-  }
+  outcome.rule = std::move(rule_);
+  outcome.rule.description = std::move(description_);
   return false;
 }
 
 void RuleScan::scan_line(std::string_view line, Outcome& outcome) {
-  take_name(line);
-  take_ids(line, outcome);
+  const Openings openings = find_openings(line);
+  if (openings.defrule) {
+    take_name(line);
+  }
+  if (openings.id) {
+    take_ids(line, outcome);
+  }
   take_load(line, outcome);
   take_text(line);
 }
@@ -123,13 +147,12 @@ void RuleScan::scan_line(std::string_view line, Outcome& outcome) {
 // name loses its start.
 void RuleScan::take_name(std::string_view line) {
   if (const auto found = find_defrule(line)) {
-    rule_.name =
-        str::squeeze(*found, ' ').erase(0, found->find(DEFRULE) + DEFRULE.size() + 1);
+    rule_.name = str::squeeze(*found, ' ').erase(0, found->find(DEFRULE) + DEFRULE.size() + 1);
   }
 }
 
 void RuleScan::take_ids(std::string_view line, Outcome& outcome) {
-  if (!holds(line, "id") || is_negated(line)) {
+  if (is_negated(line)) {
     return;
   }
   if (auto id = find_literal_id(line)) {
@@ -153,8 +176,7 @@ void RuleScan::take_bound_ids(std::string_view variable, Outcome& outcome) {
     }
   }
   if (!outcome.bound_ids.empty()) {
-    outcome.steps.push_back(
-        {Step::Kind::VARIABLE_ID, {}, rule_.name, outcome.bound_ids.size()});
+    outcome.steps.push_back({Step::Kind::VARIABLE_ID, {}, rule_.name, outcome.bound_ids.size()});
   }
 }
 
@@ -167,9 +189,9 @@ void RuleScan::take_load(std::string_view line, Outcome& outcome) const {
   const std::size_t star = line.find("* ");
   const std::size_t start = (star == std::string_view::npos ? 0 : star) + 2;
   const std::size_t end = line.find(')');
-  const std::string_view name =
-      end != std::string_view::npos && end > start ? line.substr(start, end - start)
-                                                   : line.substr(start);
+  const std::string_view name = end != std::string_view::npos && end > start
+                                    ? line.substr(start, end - start)
+                                    : line.substr(start);
   outcome.steps.push_back({Step::Kind::LOAD, kb_dir_ + "/" + str::stripws(name), {}});
 }
 
@@ -177,12 +199,10 @@ void RuleScan::take_text(std::string_view line) {
   const bool is_last = line.ends_with('"');
   in_description_ = in_description_ || line.starts_with("  \"");
   if (in_description_ || is_last) {
-    for (const char c : line) {
-      if (c != '"') {
-        description_ += c;
-      }
-    }
-    description_ += '\n';
+    const auto start = static_cast<std::ptrdiff_t>(description_.size());
+    description_.append(line).append(1, '\n');
+    description_.erase(std::remove(description_.begin() + start, description_.end(), '"'),
+                       description_.end());
   }
   in_description_ = in_description_ && !is_last;
 }

@@ -20,7 +20,7 @@ struct Step {
   };
   Kind kind;
   std::string text;
-  std::string rule;        // ids are registered under this name, which may be empty
+  std::string rule;  // ids are registered under this name, which may be empty
   std::size_t values = 0;
 };
 
@@ -34,8 +34,8 @@ struct Outcome {
 /// The scan of one rule file, which stops where another file is to be loaded and goes on later.
 class RuleScan {
  public:
-  /// `path` stands in the rule and in messages, relative loads refer to `kb_dir`.
-  RuleScan(std::string path, std::string kb_dir, std::string text);
+  /// `path` stands in the rule and in messages, loads refer to `kb_dir`; both must outlive this.
+  RuleScan(const std::string& path, const std::string& kb_dir, std::string text);
   RuleScan(const RuleScan&) = delete;
   RuleScan& operator=(const RuleScan&) = delete;
   ~RuleScan() = default;
@@ -53,8 +53,8 @@ class RuleScan {
   void take_load(std::string_view line, Outcome& outcome) const;
   void take_text(std::string_view line);
 
-  std::string path_;
-  std::string kb_dir_;
+  const std::string& path_;
+  const std::string& kb_dir_;
   std::string text_;
   Lines lines_;
   Lines bind_lines_;  // those behind are searched for binds, at most up to lines_

@@ -299,8 +299,9 @@ void HostFolder::expect_next() {
   expected_.clear();  // no number, or the next one is longer
 }
 
-/// The numbers of `folds`, which are sorted: one alone as it stands, several in brackets.
-std::string HostFolder::bracket(std::span<const Fold> folds) {
+/// The numbers of `sorted` folds: one alone as it stands, several in brackets.
+std::string HostFolder::bracket(const Fold* sorted, std::size_t count) {
+  const std::span<const Fold> folds(sorted, count);
   std::string text;
   bool alone = true;
   for (std::size_t start = 0; start < folds.size();) {
@@ -345,7 +346,7 @@ void HostFolder::unite(std::vector<Fold>& folds) {
            folds[end].tail == folds[start].tail) {
       ++end;
     }
-    folds[start].tail.insert(0, bracket(std::span(folds).subspan(start, end - start)));
+    folds[start].tail.insert(0, bracket(&folds[start], end - start));
     std::swap(folds[united++], folds[start]);
     start = end;
   }

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <functional>
 #include <map>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -77,7 +76,7 @@ class HostFolder {
   };
 
   static void cut_last_number(Fold& fold);
-  static std::string bracket(std::span<const Fold> folds);
+  static std::string bracket(const Fold* sorted, std::size_t count);
   static void unite(std::vector<Fold>& folds);
 
   void expect_next();

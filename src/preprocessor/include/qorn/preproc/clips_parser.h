@@ -31,10 +31,10 @@ int parse_clips_rules(const std::string& file, std::set<Rule>& rules, Config& co
 /// Reads the rules of a diagnosis file into config.diagnosis_signs: for each id that a rule
 /// asserts, the ids that its conditions test, in order, behind those that are there already. A
 /// file that can't be opened changes nothing, silently; one that can be opened but not read gives
-/// a line at level 3.
+/// a line at level 3. Throws std::runtime_error when one file would add more than 1,000,000 signs.
 void parse_diagnoses(const std::string& file, Config& config);
 
-/// The first text in double quotes that holds no white space, without the quotes; empty when there
+/// The first quoted text without white space, at its longest, without its quotes; empty when there
 /// is none.
 std::string match_quotes(const std::string& text);
 
