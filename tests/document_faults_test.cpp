@@ -25,6 +25,10 @@ struct Kind {
   Content content = Content::VALIDATED;
 };
 
+void PrintTo(const Kind& kind, std::ostream* out) {
+  *out << kind.file;
+}
+
 const std::string PROBE = "<providers><provider>probe</provider></providers>";
 const std::string ANALYZE = "10 -F base";
 const std::string BOTH = "-F base -D x.db -f ";
