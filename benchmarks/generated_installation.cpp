@@ -205,24 +205,18 @@ std::string rule_text(std::mt19937& random, const std::string& name, std::size_t
        << name << " looks at;\n   one that differs was changed by hand.\"\n";
   for (std::size_t line = 4; line < lines; ++line) {
     const std::size_t number = below(random, 1000);
-    switch (below(random, 25)) {
-      case 0:
-      case 1:
-        text << "  (assert (sign (id \"" << name << "-" << number << "\") (node_id ?node)))\n";
-        break;
-      case 2:
-        text << "  (not (sign (id \"missing-" << number << "\") (node_id ?node)))\n";
-        break;
-      case 3:
-        text << "    then (bind ?id \"" << name << "-bound-" << number << "\")\n";
-        break;
-      case 4:
-        text << "  (assert (sign (id ?id) (node_id ?node) (subcluster ?subcluster)))\n";
-        break;
-      default:
-        text << "          (total_kb ?total&:(> (abs (- ?total (middle memory total_kb "
-                "?subcluster))) (* 0.02 "
-             << number << ")))\n";
+    const std::size_t kind = below(random, 200);  // in the shares of the installed rules
+    if (kind < 18) {
+      text << "  (assert (sign (id \"" << name << "-" << number << "\") (node_id ?node)))\n";
+    } else if (kind < 20) {
+      text << "  (not (sign (id \"missing-" << number << "\") (node_id ?node)))\n";
+    } else if (kind < 24) {
+      text << "    then (bind ?id \"" << name << "-bound-" << number << "\")\n";
+    } else if (kind < 25) {
+      text << "  (assert (sign (id ?id) (node_id ?node) (subcluster ?subcluster)))\n";
+    } else {
+      text << "          (total_kb ?total&:(> ?total (* 0.02 (middle memory total_kb ?subcluster) "
+           << number << ")))\n";
     }
   }
   return text.str();
