@@ -120,13 +120,14 @@ int FWDParser::parse_tag_kb_mods(xmlNode* node, Fwd& fwd, Config& config) {
     log::debug("KB config XML: ", path);
     config.kb_config_files.push_back(path);
   }
+  const std::string directory = str::wordexp(fwd.kb_path);
   for (const std::string& mod : xml::get_str_list(kb_mods, "mod")) {
     if (std::find(fwd.kb_mods.begin(), fwd.kb_mods.end(), mod) != fwd.kb_mods.end()) {
       continue;
     }
     fwd.kb_mods.push_back(mod);
     const std::string path = str::wordexp(fwd.kb_path + "/" + mod);
-    if (parse_clips_rules(path, fwd.rules, config, str::wordexp(fwd.kb_path)) == 1) {
+    if (parse_clips_rules(path, fwd.rules, config, directory) == 1) {
       return 1;
     }
   }

@@ -28,11 +28,13 @@ void add_provider(const std::shared_ptr<provider_config>& provider, Config& conf
       fs::abspath(Preprocessor::provider_path(provider->config_dir, provider->name));
   const int status =
       read_provider_config(*provider, provider->config_file, config, provider->aux_path, documents);
-  forget(config, noted, provider);
+  if (status != 0 || noted != provider->name) {
+    forget(config, noted, provider);
+  }
   if (status != 0) {
     forget(config, provider->name, provider);
   } else {
-    config.providers.emplace(provider->name, provider);
+    config.providers.try_emplace(provider->name, provider);
   }
 }
 

@@ -117,7 +117,9 @@ bool read_regular_file(const std::string& path, std::size_t most, std::string& c
   if (!reason.empty()) {
     return false;
   }
-  content.assign(static_cast<std::size_t>(status.st_size) + 1, '\0');
+  // Parsers add some bytes of their own behind a document.
+  constexpr std::size_t ROOM = 512;
+  content.assign(static_cast<std::size_t>(status.st_size) + ROOM, '\0');
   if (!read_all(file.get(), most, content)) {
     reason = std::strerror(errno);
     return false;
