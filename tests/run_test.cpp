@@ -250,20 +250,23 @@ TEST(Run, AFailingProviderLeavesTheMapAndStaysInItsGroup) {
                      "<configuration><command>second</command></configuration>");
   installation.fwd("base",
                    "<providers><provider>broken</provider><provider>probe</provider>"
-                   "<provider>missing</provider></providers>");
+                   "<provider>missing</provider><provider>sub/deep</provider></providers>");
+  installation.write("etc/providers/sub/deep.xml",
+                     "<configuration><command>third</command></configuration>");
   installation.fwd("later",
                    "<provider_path>" + installation.path("elsewhere") +
                        "</provider_path><providers><provider>probe</provider></providers>");
   RunResult result;
   ASSERT_EQ(installation.run({"10", "-F", "base", "-F", "later"}, result), 0) << result.errors;
   const Config& config = result.config;
-  ASSERT_EQ(config.providers.size(), 1U);
+  ASSERT_EQ(config.providers.size(), 2U);
+  EXPECT_EQ(config.providers.count("deep"), 1U);  // under the name that its file gives
   const auto& probe = config.providers.at("probe");
   EXPECT_EQ(probe->command, "uname -a");
   EXPECT_EQ(probe->fwds.size(), 2U);
   const auto& group =
       config.fwds->by_path.at(installation.path("etc/fwd/base.xml"))->provider_groups.at(0);
-  ASSERT_EQ(group.members.size(), 3U);
+  ASSERT_EQ(group.members.size(), 4U);
   EXPECT_EQ(group.members[0]->name, "broken");
   EXPECT_EQ(group.members[1], probe);
   const auto& later = config.fwds->by_path.at(installation.path("etc/fwd/later.xml"));
