@@ -118,7 +118,7 @@ void compare_with_regex(benchmark::State& state, const std::string& path) {
 
 /// One file, since opening many small ones takes as long as scanning them.
 std::string installed_rules() {
-  const std::string path = folder() + "/installed.clp";
+  std::string path = folder() + "/installed.clp";
   std::ofstream out(path);
   for (const auto& entry : fs::recursive_directory_iterator(QORN_INSTALLATION "/kb/rules")) {
     if (entry.is_regular_file()) {
@@ -130,7 +130,7 @@ std::string installed_rules() {
 
 std::string generated_rules() {
   std::mt19937 random(1);
-  const std::string path = folder() + "/generated.clp";
+  std::string path = folder() + "/generated.clp";
   std::ofstream(path) << rule_text(random, "generated", 200);
   return path;
 }

@@ -78,7 +78,7 @@ TEST(RepeatedRun, SeesADocumentThatWasRewrittenAtOnceWithTheSameSize) {
                        "<providers><provider>probe</provider></providers>");
     at.write("etc/providers/probe.xml",
              "<configuration><command>run-" + word + "</command></configuration>");
-    at.write("kb/a.clp", "(defrule rule-" + word + "\n(id \"id-" + word + "\")\n");
+    at.write("kb/a.clp", str::replace("(defrule rule-#\n(id \"id-#\")\n", "#", word));
     RunResult result;
     ASSERT_EQ(at.run({"-f", at.write("nodes", "node-" + word), "-F", "base"}, result), 0);
     std::ostringstream record;
