@@ -99,7 +99,7 @@ class FaultCollector {
   FaultCollector& operator=(const FaultCollector&) = delete;
   ~FaultCollector() { xmlSetStructuredErrorFunc(previous_context_, previous_); }
 
-  void add(Fault fault) {
+  bool add(Fault fault) {
     fault.file = fault.file.empty() ? file_ : fault.file;
     const auto same = [&](const Fault& other) {
       return other.line == fault.line && other.text == fault.text && other.file == fault.file;
@@ -107,14 +107,16 @@ class FaultCollector {
     if (faults_.size() - first_ == MOST_FAULTS) {
       fault = {file_, 0, 0, Fault::Severity::ERROR, "further faults are not shown"};
     } else if (faults_.size() - first_ > MOST_FAULTS) {
-      return;
+      return false;
     }
     // libxml2 repeats a fault at once or not at all.
     const auto recent = faults_.size() > first_ + 8 ? faults_.end() - 8
                                                     : faults_.begin() + static_cast<long>(first_);
-    if (std::none_of(recent, faults_.end(), same)) {
-      faults_.push_back(std::move(fault));
+    if (std::any_of(recent, faults_.end(), same)) {
+      return false;
     }
+    faults_.push_back(std::move(fault));
+    return true;
   }
 
   /// Makes sure that a failure has a reason, and passes on what the handler couldn't throw
@@ -137,6 +139,10 @@ class FaultCollector {
 
   void follow_includes() { follow_includes_ = true; }
 
+  /// For each fault from now on: the element that it is about, or null, and libxml2's code.
+  using Origins = std::vector<std::pair<xmlNode*, int>>;
+  void keep_origins(Origins& origins) { origins_ = &origins; }
+
  private:
   static void take(void* self, xmlError* error) {
     auto* collector = static_cast<FaultCollector*>(self);
@@ -152,7 +158,8 @@ class FaultCollector {
     if (follow_includes_ && error.file != nullptr) {
       fault.file = error.file;
     }
-    const auto* node = static_cast<const xmlNode*>(error.node);
+    auto* node = static_cast<xmlNode*>(error.node);
+    node = node != nullptr && node->type == XML_ATTRIBUTE_NODE ? node->parent : node;
     const bool has_node = node != nullptr && node->type == XML_ELEMENT_NODE;
     fault.line = has_node ? xmlGetLineNo(node) : error.line;
     fault.line = std::max(fault.line, 0L);
@@ -160,7 +167,9 @@ class FaultCollector {
     fault.severity =
         error.level == XML_ERR_WARNING ? Fault::Severity::WARNING : Fault::Severity::ERROR;
     fault.text = plain_words(error.message == nullptr ? "unknown fault" : error.message);
-    add(std::move(fault));
+    if (add(std::move(fault)) && origins_ != nullptr) {
+      origins_->emplace_back(has_node ? node : nullptr, error.code);
+    }
   }
 
   std::string file_;
@@ -168,6 +177,7 @@ class FaultCollector {
   std::size_t first_;
   void* previous_context_;
   xmlStructuredErrorFunc previous_;
+  Origins* origins_ = nullptr;
   bool follow_includes_ = false;
   bool out_of_memory_ = false;
 };
@@ -296,9 +306,7 @@ std::shared_ptr<Schema> schema_of(const std::string& xsd, std::vector<Fault>& fa
   return schema;
 }
 
-bool validate(xmlDoc& doc, const Schema& schema, const std::string& file,
-              std::vector<Fault>& faults) {
-  FaultCollector collector(file, faults);
+bool validate(xmlDoc& doc, const Schema& schema, FaultCollector& collector) {
   if (xmlSchemaValidateDoc(schema.validator.get(), &doc) != 0) {
     collector.fail("the document could not be validated");
     return false;
@@ -356,10 +364,30 @@ DocumentPtr read_valid_document(const std::string& path, const std::string& xsd,
     return nullptr;
   }
   const std::shared_ptr<Schema> schema = schema_of(xsd, faults);
-  if (schema == nullptr || !validate(*doc, *schema, str::unescape_blanks(path), faults)) {
+  if (schema == nullptr) {
     return nullptr;
   }
-  return doc;
+  FaultCollector collector(str::unescape_blanks(path), faults);
+  return validate(*doc, *schema, collector) ? std::move(doc) : nullptr;
+}
+
+std::vector<ElementFault> validate_document(xmlDoc& doc, const std::string& file,
+                                            const std::string& xsd) {
+  std::vector<Fault> faults;
+  FaultCollector::Origins origins;
+  const std::shared_ptr<Schema> schema = schema_of(xsd, faults);
+  if (schema != nullptr) {
+    faults.clear();  // warnings about the schema
+    FaultCollector collector(file, faults);
+    collector.keep_origins(origins);
+    validate(doc, *schema, collector);
+  }
+  origins.resize(faults.size());
+  std::vector<ElementFault> found;
+  for (std::size_t i = 0; i < faults.size(); ++i) {
+    found.push_back({std::move(faults[i]), origins[i].first, origins[i].second});
+  }
+  return found;
 }
 
 DocumentPtr open_valid_document(const std::string& path, const std::string& xsd) {

@@ -43,6 +43,19 @@ DocumentPtr read_document(const std::string& path, std::vector<Fault>& faults);
 DocumentPtr read_valid_document(const std::string& path, const std::string& xsd,
                                 std::vector<Fault>& faults);
 
+/// A fault that validation found, with what it is about.
+struct ElementFault {
+  Fault fault;
+  xmlNode* element = nullptr;  // of the validated document; null when the fault is about none
+  int code = 0;                // of libxml2's xmlParserErrors
+};
+
+/// Validates a document in memory, which `file` stands for in the faults, against the schema at
+/// `xsd`; gives what it finds, nothing for a valid document. The document stays as it is. A
+/// fault of the schema names the schema and no element.
+std::vector<ElementFault> validate_document(xmlDoc& doc, const std::string& file,
+                                            const std::string& xsd);
+
 /// Like read_valid_document; reports the faults itself.
 DocumentPtr open_valid_document(const std::string& path, const std::string& xsd);
 
