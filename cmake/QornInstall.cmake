@@ -48,7 +48,7 @@ if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man)
   install(FILES ${MAN_5} DESTINATION share/man/man5 COMPONENT runtime)
 endif()
 if(EXISTS ${PROJECT_SOURCE_DIR}/completion)
-  foreach(program qorn qorn-collect qorn-analyze qorn-inspect) # loaded by the program's name
+  foreach(program qorn qorn-collect qorn-analyze) # loaded by the program's name
     install(
       FILES completion/qorn.bash
       DESTINATION share/bash-completion/completions

@@ -27,7 +27,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "qorn (= ${PROJECT_VERSION}), libxm
 # What administrators edit survives an upgrade; schemas go with the library.
 file(GLOB_RECURSE DOCUMENTS RELATIVE ${PROJECT_SOURCE_DIR}/installation
      CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/installation/etc/*)
-list(FILTER DOCUMENTS EXCLUDE REGEX "\\.xsd$")
+list(FILTER DOCUMENTS EXCLUDE REGEX "\\.(xsd|json)$")
 list(TRANSFORM DOCUMENTS PREPEND ${CPACK_PACKAGING_INSTALL_PREFIX}/)
 list(JOIN DOCUMENTS "\n" CONFFILES)
 file(WRITE ${PROJECT_BINARY_DIR}/packaging/conffiles "${CONFFILES}\n")
