@@ -308,14 +308,16 @@ TEST(CommandLine, UsageHoldsTheWordsOfEachOptionOfTheStage) {
     const std::string text = str::clean_previous_formatting(usage);
     for (const auto& [key, details] : preproc::PrintHandler::flag_map) {
       const bool blank = key == '1' || key == '2';
-      const std::string name = (blank ? "" : std::string("-") + key + ",") + details.usage;
+      std::string name = details.usage;
+      name.insert(0, blank ? "" : std::string{'-', key, ','});
       const bool expected = known.find(key) != std::string::npos;
       EXPECT_EQ(text.find(name + ": " + details.description) != std::string::npos, expected)
           << name;
       EXPECT_EQ(text.find("[" + name + "]") != std::string::npos, expected) << name;
     }
     for (const auto& [keyword, explanation] : preproc::PrintHandler::keyword_map) {
-      EXPECT_NE(text.find(keyword + ": " + explanation), std::string::npos) << keyword;
+      EXPECT_NE(text.find(std::string(keyword).append(": ").append(explanation)),
+                std::string::npos);
     }
     EXPECT_NE(usage.find("\n[options]\n  "), std::string::npos);
     EXPECT_NE(usage.find("\n[keywords]\n  #:"), std::string::npos);
