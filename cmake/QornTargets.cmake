@@ -4,6 +4,20 @@
 function(qorn_target_settings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror)
   target_compile_definitions(${target} PRIVATE QORN_VERSION="${PROJECT_VERSION}")
+  target_precompile_headers(
+    ${target}
+    PRIVATE
+    <algorithm>
+    <fstream>
+    <functional>
+    <iostream>
+    <map>
+    <memory>
+    <set>
+    <sstream>
+    <string>
+    <unordered_map>
+    <vector>)
   if(QORN_SANITIZE)
     target_compile_options(${target} PRIVATE -fsanitize=${QORN_SANITIZE} -fno-omit-frame-pointer
                                              -fno-sanitize-recover=all)

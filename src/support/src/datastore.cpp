@@ -97,6 +97,9 @@ std::shared_ptr<DataStoreExtension> open_sqlite(const std::string& file, bool re
   if (status != SQLITE_OK) {
     throw std::runtime_error(sqlite3_errmsg(connection));
   }
+  if (!read_only && sqlite3_db_readonly(connection, "main") == 1) {
+    throw std::runtime_error("the database can't be written");  // SQLite falls back to reading
+  }
   return extension;
 }
 

@@ -260,6 +260,20 @@ DocumentPtr parse_content(xmlParserCtxt& parser, std::string& content, const std
   return parse(parser, content, file, collector);
 }
 
+/// While one lives, libxml2 fetches nothing from the network, whoever asks.
+class NoNetwork {
+ public:
+  NoNetwork() : previous_(xmlGetExternalEntityLoader()) {
+    xmlSetExternalEntityLoader(xmlNoNetExternalEntityLoader);
+  }
+  NoNetwork(const NoNetwork&) = delete;
+  NoNetwork& operator=(const NoNetwork&) = delete;
+  ~NoNetwork() { xmlSetExternalEntityLoader(previous_); }
+
+ private:
+  xmlExternalEntityLoader previous_;
+};
+
 ParserPtr new_parser() {
   ParserPtr parser(xmlNewParserCtxt());
   if (parser == nullptr) {
@@ -276,6 +290,7 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
   }
   FaultCollector collector(str::unescape_blanks(xsd), faults);
   collector.follow_includes();
+  const NoNetwork no_network;  // a schema's includes are read by libxml2 itself
   const std::unique_ptr<xmlSchemaParserCtxt, SchemaParserDeleter> parser(
       xmlSchemaNewDocParserCtxt(schema->doc.get()));
   if (parser == nullptr) {
