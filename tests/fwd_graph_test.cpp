@@ -101,9 +101,9 @@ TEST(TreeBudget, AnExplodingTreeIsRefusedBeforeItIsMade) {
   HandMadeGraph graph;
   std::vector<std::string> above{"top"};
   for (int layer = 0; layer < 20; ++layer) {
-    std::vector<std::string> names;
-    for (int i = 0; i < 50; ++i) {
-      names.push_back(std::to_string(layer) + "-" + std::to_string(i));
+    std::vector<std::string> names(50);
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      names[i] = std::to_string(layer) + "-" + std::to_string(i);
     }
     for (const std::string& each : above) {
       graph.group(each, names);

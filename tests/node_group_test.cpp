@@ -61,7 +61,7 @@ std::string tree_of(const FwdNode& node) {
 std::string elements(const std::string& name, const std::string& words) {
   std::string all;
   for (const std::string& word : str::split(words, ' ', false)) {
-    all += "<" + name + ">" + word + "</" + name + ">";
+    all.append("<").append(name).append(">").append(word).append("</").append(name).append(">");
   }
   return all;
 }

@@ -66,7 +66,7 @@ class ProviderTest : public ::testing::Test {
     for (const auto& row : rows_of(table)) {
       SCOPED_TRACE(row[0]);
       provider_config provider;
-      EXPECT_EQ(read(before + row[0] + after, provider), status);
+      EXPECT_EQ(read(std::string(before).append(row[0]).append(after), provider), status);
       EXPECT_EQ(changes(provider), row[1]);
       EXPECT_EQ(errors, row[2]);
       EXPECT_EQ(provider.aux_path, "/aux");

@@ -38,11 +38,11 @@ std::string joined(const Range& range, const char* separator) {
 
 /// The names of framework definitions, separated by blanks.
 inline std::string names_of(const std::vector<std::shared_ptr<FwdNode>>& nodes) {
-  std::vector<std::string> names;
+  std::string names;
   for (const auto& node : nodes) {
-    names.push_back(node->fwd->name);
+    names.append(names.empty() ? "" : " ").append(node->fwd->name);
   }
-  return joined(names, " ");
+  return names;
 }
 
 /// The names of a node's members, groups separated by " | ".
