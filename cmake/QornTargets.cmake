@@ -23,6 +23,9 @@ function(qorn_target_settings target)
                                              -fno-sanitize-recover=all)
     target_link_options(${target} PUBLIC -fsanitize=${QORN_SANITIZE})
   endif()
+  if(QORN_BUILD_FUZZERS)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
 endfunction()
 
 # SOURCE of this folder uses <regex>, of which GCC 12 with sanitizers says that it may read what it

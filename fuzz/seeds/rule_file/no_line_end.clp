@@ -1,0 +1,1 @@
+(defrule x => (bind ?i "a") (assert (sign (id ?i.*[x)))
