@@ -4,6 +4,18 @@
 function(qorn_target_settings target)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Werror)
   target_compile_definitions(${target} PRIVATE QORN_VERSION="${PROJECT_VERSION}")
+  if(QORN_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${QORN_SANITIZE} -fno-omit-frame-pointer
+                                             -fno-sanitize-recover=all)
+    target_link_options(${target} PUBLIC -fsanitize=${QORN_SANITIZE})
+  endif()
+  if(QORN_BUILD_FUZZERS)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
+  endif()
+endfunction()
+
+# For targets of many sources: what nearly all of them include is compiled once.
+function(qorn_precompile_headers target)
   target_precompile_headers(
     ${target}
     PRIVATE
@@ -18,14 +30,6 @@ function(qorn_target_settings target)
     <string>
     <unordered_map>
     <vector>)
-  if(QORN_SANITIZE)
-    target_compile_options(${target} PRIVATE -fsanitize=${QORN_SANITIZE} -fno-omit-frame-pointer
-                                             -fno-sanitize-recover=all)
-    target_link_options(${target} PUBLIC -fsanitize=${QORN_SANITIZE})
-  endif()
-  if(QORN_BUILD_FUZZERS)
-    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
-  endif()
 endfunction()
 
 # SOURCE of this folder uses <regex>, of which GCC 12 with sanitizers says that it may read what it
@@ -46,6 +50,7 @@ function(qorn_layer name)
                                      PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${LAYER_BELOW} PRIVATE ${LAYER_LIBRARIES})
   qorn_target_settings(${name})
+  qorn_precompile_headers(${name})
 endfunction()
 
 # A program of the project.
