@@ -41,22 +41,28 @@ install(
   DESTINATION share/doc/qorn/examples
   COMPONENT development)
 
-if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man)
-  file(GLOB MAN_1 docs/man/*.1)
-  file(GLOB MAN_5 docs/man/*.5)
-  install(FILES ${MAN_1} DESTINATION share/man/man1 COMPONENT runtime)
-  install(FILES ${MAN_5} DESTINATION share/man/man5 COMPONENT runtime)
-endif()
-if(EXISTS ${PROJECT_SOURCE_DIR}/completion)
-  foreach(program qorn qorn-collect qorn-analyze) # loaded by the program's name
-    install(
-      FILES completion/qorn.bash
-      DESTINATION share/bash-completion/completions
-      RENAME ${program}
-      COMPONENT runtime)
-  endforeach()
+file(GLOB DOCUMENTS docs/*.md docs/*.svg)
+install(
+  FILES README.md CHANGELOG.md LICENSE ${DOCUMENTS}
+  DESTINATION share/doc/qorn
+  COMPONENT runtime)
+file(GLOB MAN_1 docs/man/*.1)
+file(GLOB MAN_5 docs/man/*.5)
+install(FILES ${MAN_1} DESTINATION share/man/man1 COMPONENT runtime)
+install(FILES ${MAN_5} DESTINATION share/man/man5 COMPONENT runtime)
+foreach(program qorn qorn-collect qorn-analyze) # loaded by the program's name
   install(
-    FILES completion/_qorn
-    DESTINATION share/zsh/site-functions
+    FILES completion/qorn.bash
+    DESTINATION share/bash-completion/completions
+    RENAME ${program}
     COMPONENT runtime)
-endif()
+endforeach()
+install(
+  FILES completion/qorn-inspect.bash
+  DESTINATION share/bash-completion/completions
+  RENAME qorn-inspect
+  COMPONENT runtime)
+install(
+  FILES completion/_qorn completion/_qorn-inspect
+  DESTINATION share/zsh/site-functions
+  COMPONENT runtime)

@@ -34,7 +34,7 @@ constexpr std::array VARIABLES = {"QORN_CONFIG_XSD",
 }  // namespace
 
 std::string installed(const std::string& name) {
-  return std::string(QORN_INSTALLATION) + "/" + name;
+  return QORN_INSTALLATION "/" + name;
 }
 
 std::string read_file(const std::string& path) {
