@@ -65,28 +65,28 @@ constexpr PlaceRow PLACES[] = {
 /// Where a kind of document names others; of a repeated element a run reads the first.
 struct ReferenceRow {
   Kind in;
+  Kind target;
   const char* elements;
   const char* attribute;  // null: the element's text
-  Kind target;
 };
 constexpr ReferenceRow REFERENCES[] = {
-    {Kind::MAIN, "/*/postprocessor[1]/postproc_extensions[1]", "config_file", Kind::TABLE},
-    {Kind::MAIN, "/*/plugins[1]/framework_definitions[1]/framework_definition", nullptr,
-     Kind::FRAMEWORK},
-    {Kind::MAIN, "/*/analyzer[1]/node_group_configuration_file[1]", nullptr, Kind::GROUPS},
-    {Kind::MAIN, "/*/collector/standard_providers", "config_file", Kind::CUSTOM_PROVIDERS},
-    {Kind::MAIN, "/*/collector/standard_providers/provider", nullptr, Kind::PROVIDER},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/providers[1]", "config_file",
-     Kind::CUSTOM_PROVIDERS},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/providers[1]/provider", nullptr, Kind::PROVIDER},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/kb_mods[1]", "config_file", Kind::KNOWLEDGE_BASE},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/kb_mods[1]/mod", nullptr, Kind::RULE_FILE},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/postproc_extensions[1]", "config_file",
-     Kind::TABLE},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/message_schemas[1]/entry", nullptr,
-     Kind::MESSAGE_SCHEMA},
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/includes[1]/include", nullptr, Kind::FRAMEWORK},
-    {Kind::GROUPS, "/*/nodegroup/nodefiles[1]/path", nullptr, Kind::NODE_FILE}};
+    {Kind::MAIN, Kind::TABLE, "/*/postprocessor[1]/postproc_extensions[1]", "config_file"},
+    {Kind::MAIN, Kind::FRAMEWORK, "/*/plugins[1]/framework_definitions[1]/framework_definition",
+     nullptr},
+    {Kind::MAIN, Kind::GROUPS, "/*/analyzer[1]/node_group_configuration_file[1]", nullptr},
+    {Kind::MAIN, Kind::CUSTOM_PROVIDERS, "/*/collector/standard_providers", "config_file"},
+    {Kind::MAIN, Kind::PROVIDER, "/*/collector/standard_providers/provider", nullptr},
+    {Kind::FRAMEWORK, Kind::CUSTOM_PROVIDERS, "/*/framework_definition[1]/providers[1]",
+     "config_file"},
+    {Kind::FRAMEWORK, Kind::PROVIDER, "/*/framework_definition[1]/providers[1]/provider", nullptr},
+    {Kind::FRAMEWORK, Kind::KNOWLEDGE_BASE, "/*/framework_definition[1]/kb_mods[1]", "config_file"},
+    {Kind::FRAMEWORK, Kind::RULE_FILE, "/*/framework_definition[1]/kb_mods[1]/mod", nullptr},
+    {Kind::FRAMEWORK, Kind::TABLE, "/*/framework_definition[1]/postproc_extensions[1]",
+     "config_file"},
+    {Kind::FRAMEWORK, Kind::MESSAGE_SCHEMA, "/*/framework_definition[1]/message_schemas[1]/entry",
+     nullptr},
+    {Kind::FRAMEWORK, Kind::FRAMEWORK, "/*/framework_definition[1]/includes[1]/include", nullptr},
+    {Kind::GROUPS, Kind::NODE_FILE, "/*/nodegroup/nodefiles[1]/path", nullptr}};
 
 const KindRow& row_of(Kind kind) {
   return *std::find_if(std::begin(KINDS), std::end(KINDS),

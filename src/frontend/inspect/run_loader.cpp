@@ -69,6 +69,7 @@ LoadedRun::LoadedRun() {
 void LoadedRun::read_arguments(const std::vector<std::string>& arguments) {
   std::vector<std::string> words = command_line_of(arguments);
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) {
     argv.push_back(word.data());
   }

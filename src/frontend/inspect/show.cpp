@@ -78,6 +78,7 @@ Values values_of(Words words, xmlNode* main) {
   preproc::Preprocessor::set_defaults_in_config(config);
   preprocessor.update_paths(config);
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) {
     argv.push_back(word.data());
   }
@@ -127,6 +128,7 @@ std::vector<TypedOption> options_of(const Words& words) {
   const preproc::Options options;
   std::vector<std::string> texts = words;
   std::vector<char*> argv;
+  argv.reserve(texts.size() + 1);
   for (std::string& text : texts) {
     argv.push_back(text.data());
   }
@@ -388,7 +390,10 @@ void show_settings(const Words& arguments, bool origins, bool json,
       continue;
     }
     std::cout << str::printable(name + " = " + value);
-    std::cout << (origins ? str::printable("  (" + text_of(origin) + ")") : "") << '\n';
+    if (origins) {
+      std::cout << "  (" << str::printable(text_of(origin)) << ")";
+    }
+    std::cout << '\n';
   }
   if (json) {
     std::cout << Json{{"settings", list}}.dump(2, ' ', false, Json::error_handler_t::replace)
