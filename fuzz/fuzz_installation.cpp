@@ -106,7 +106,7 @@ FuzzInstallation::~FuzzInstallation() {
 }
 
 std::string FuzzInstallation::write(const std::string& name, std::string_view content) const {
-  const std::string target = path(name);
+  std::string target = path(name);
   std::ofstream(target, std::ios::binary) << content;
   return target;
 }
