@@ -4,7 +4,6 @@
 #include <iostream>
 #include <map>
 #include <optional>
-#include <ranges>
 #include <set>
 
 #include <qorn/node.h>
@@ -99,9 +98,9 @@ class Chains {
       add_ways(ways_[root->fwd->path], 1);
     }
     const auto& nodes = config_.fwds->ready_nodes;
-    for (const auto& node : std::views::reverse(nodes)) {
-      const std::size_t ways = ways_[node->fwd->path];
-      for (const auto& group : node->groups) {
+    for (auto node = nodes.rbegin(); node != nodes.rend(); ++node) {
+      const std::size_t ways = ways_[(*node)->fwd->path];
+      for (const auto& group : (*node)->groups) {
         for (const auto& member : group) {
           add_ways(ways_[member->fwd->path], ways);
         }
