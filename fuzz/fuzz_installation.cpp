@@ -46,9 +46,10 @@ class CountingBuffer : public std::streambuf {
   }
 };
 
+// Never freed: the standard streams are flushed into it when the process ends.
 CountingBuffer& words() {
-  static CountingBuffer buffer;
-  return buffer;
+  static auto* buffer = new CountingBuffer;
+  return *buffer;
 }
 
 /// True also for an input that ended in an exception, which Run puts into words.
