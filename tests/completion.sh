@@ -12,12 +12,12 @@ fi
 
 world=$(mktemp -d)
 trap 'rm -rf "$world"' EXIT
-mkdir -p "$world/root/etc/fwd" "$world/moved/etc/fwd" "$world/moved/bin" "$world/work/documents"
+mkdir -p "$world/root/etc/fwd" "$world/moved/etc/fwd" "$world/moved/bin" "$world/desk/documents"
 # shellcheck disable=SC2016
 touch "$world"/root/etc/fwd/{cpu,cpu_load,memory,'two words','$(touch ran)'}.xml \
-  "$world"/moved/etc/{qorn,fwd/moved}.xml "$world"/work/{nodes,'node list'} "$world/moved/bin/qorn"
+  "$world"/moved/etc/{qorn,fwd/moved}.xml "$world"/desk/{nodes,'node list'} "$world/moved/bin/qorn"
 chmod +x "$world/moved/bin/qorn"
-cd "$world/work" || exit 1
+cd "$world/desk" || exit 1
 export QORN_ROOT=$world/root
 
 # replies WORD... : what completion offers, sorted, when the last word is being typed.
@@ -60,7 +60,7 @@ expect '' qorn-collect --sort
 expect '' qorn-analyze --perm
 unset QORN_ROOT
 expect 'moved' "$world/moved/bin/qorn" -F m
-[[ -e $world/work/ran ]] && echo 'a name was run' && failures=$((failures + 1))
+[[ -e $world/desk/ran ]] && echo 'a name was run' && failures=$((failures + 1))
 
 # The letters offered are those of the usage text.
 for program in qorn qorn-collect qorn-analyze; do
