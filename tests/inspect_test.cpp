@@ -71,226 +71,223 @@ struct FaultyCase {
   std::string output;
 };
 
-std::vector<FaultyCase> faulty_cases() {
-  std::vector<FaultyCase> cases = {
-      {"SixFaultsOfOneDocument",
-       {{"etc/fwd/base.xml",
-         fwd("<fwd_desk>x</fwd_desk>\n<provders><provider>prob</provider></provders>\n"
-             "<kb_mods config_fil='k.xml'>\n<foo/>\n<mods>r.clp</mods></kb_mods>\n"
-             "<kb_path/><kb_path/>\n<includes>\n<include/></includes>\n")}},
-       "",
-       1,
-       "$R/etc/fwd/base.xml:2: error: <fwd_desk> is not expected in <framework_definition>; did "
-       "you "
-       "mean 'fwd_desc'?\n"
-       "$R/etc/fwd/base.xml:3: error: <provders> is not expected in <framework_definition>; did "
-       "you "
-       "mean 'providers'?\n"
-       "$R/etc/fwd/base.xml:3: error: the provider document 'prob' is missing: "
-       "$R/etc/providers/prob.xml; did you mean 'probe'?\n"
-       "$R/etc/fwd/base.xml:4: error: <kb_mods> has no attribute 'config_fil'; did you mean "
-       "'config_file'?\n"
-       "$R/etc/fwd/base.xml:4: error: the knowledge base document 'k.xml' is missing: "
-       "$R/etc/kb/k.xml\n"
-       "$R/etc/fwd/base.xml:5: error: <foo> is not expected in <kb_mods>, expected mod\n"
-       "$R/etc/fwd/base.xml:6: error: <mods> is not expected in <kb_mods>; did you mean 'mod'?\n"
-       "$R/etc/fwd/base.xml:6: error: the rule file 'r.clp' is missing: /r.clp\n"
-       "$R/etc/fwd/base.xml:7: error: <kb_path> is not expected in <framework_definition>, which "
-       "has it already\n"
-       "$R/etc/fwd/base.xml:9: error: <include> is empty, which ends a run\n"
-       "$R/etc/providers/probe.xml: warning: no framework definition names this provider\n" +
-           CLEAN_END + "10 errors, 1 warning\n"},
-      {"FollowUpsAreHidden",
-       {{"etc/fwd/base.xml", "<configuration>\n<framework_definition></fwd></configuration>"},
-        {"etc/providers/probe.xml", "<configuration>\n<comand>x</comand></configuration>"},
-        {"etc/postprocessor/table.xml", "<postproc_table>\n<tabel id='a'/></postproc_table>"}},
-       "",
-       1,
-       "$R/etc/fwd/base.xml:2:29: error: Opening and ending tag mismatch: framework_definition "
-       "line "
-       "2 and fwd\n"
-       "$R/etc/postprocessor/table.xml:1: error: the root element is <postproc_table>, expected "
-       "<postproc_tables>\n"
-       "$R/etc/postprocessor/table.xml:2: error: <tabel> is not expected in <postproc_tables>; did "
-       "you mean 'table'?\n"
-       "$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you "
-       "mean 'command'?\n" +
-           CLEAN_END + "4 errors, 0 warnings, 2 follow-ups hidden (-v shows them)\n"},
-      {"FollowUpsAreMarked",
-       {{"etc/providers/probe.xml", "<configuration>\n<comand>x</comand></configuration>"}},
-       "-v",
-       1,
-       "$R/etc/providers/probe.xml:1: error: (follow-up) <configuration>: one command is required\n"
-       "$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you "
-       "mean 'command'?\n" +
-           CLEAN_END + "1 error, 0 warnings, 1 follow-up\n"},
-      {"CycleNamesEveryDocument",
-       {{"etc/fwd/base.xml", fwd("<includes><include>fwd/b.xml</include></includes>")},
-        {"etc/fwd/b.xml", fwd("<includes>\n<include>fwd/c.xml</include></includes>")},
-        {"etc/fwd/c.xml", fwd(USES_PROBE + "<includes><include>fwd/base.xml</include>\n"
-                                           "<include>fwd/bse.xml</include></includes>")},
-        {"etc/fwd/idle.xml", fwd("")}},
-       "",
-       1,
-       "$R/etc/fwd/base.xml:2: error: includes come back to their start: etc/fwd/b.xml -> "
-       "etc/fwd/c.xml -> etc/fwd/base.xml -> etc/fwd/b.xml\n"
-       "$R/etc/fwd/c.xml:4: error: the framework definition 'fwd/bse.xml' is missing: "
-       "$R/etc/fwd/bse.xml; did you mean 'fwd/base.xml'?\n"
-       "$R/etc/fwd/idle.xml: warning: the framework definition has neither provider, rule nor "
-       "include\n"
-       "9 documents, 0 rule files, 0 node files read: 2 errors, 1 warning\n"},
-      {"MainDocument",
-       {{"etc/qorn.xml",
-         "<configuration>\n<plugins><framework_definitions>"
-         "<framework_definition>bse</framework_definition></framework_definitions></plugins>\n"
-         "<analyser/>\n<analyzer><log_level>eror</log_level>\n"
-         "<node_group_configuration_file>no.xml</node_group_configuration_file>\n"
-         "<config><data-age-threshold>x</data-age-threshold></config>\n"
-         "<suppressions><suppress><id>cpu-count-difers</id></suppress></suppressions>"
-         "</analyzer>\n<collector><timeout scale='Linear'>1</timeout></collector>"
-         "</configuration>"},
-        {"kb/data/msg_schema.xml",
-         "<message_schema><category>"
-         "<message_id>cpu-count-differs</message_id></category>"
-         "</message_schema>"}},
-       "",
-       1,
-       "$R/etc/qorn.xml:2: error: the framework definition 'bse' is missing: $R/etc/fwd/bse.xml; "
-       "did you mean 'base'?\n"
-       "$R/etc/qorn.xml:3: error: <analyser> is not expected in <configuration>; did you mean "
-       "'analyzer'?\n"
-       "$R/etc/qorn.xml:4: error: <log_level>: 'eror' is no known word; did you mean 'error'?\n"
-       "$R/etc/qorn.xml:5: error: the node group document 'no.xml' is missing: no.xml\n"
-       "$R/etc/qorn.xml:6: error: <data-age-threshold> is no number of days, which ends a run\n"
-       "$R/etc/qorn.xml:7: warning: nothing gives the message id 'cpu-count-difers'; did you mean "
-       "'cpu-count-differs'?\n"
-       "$R/etc/qorn.xml:8: warning: <timeout>, attribute 'scale': 'Linear' is no known word; did "
-       "you mean 'linear'?\n" +
-           CLEAN_END + "5 errors, 2 warnings\n"},
-      {"Providers",
-       {{"etc/providers/probe.xml",
-         provider("<encoding>bse64</encoding>\n<min_nodes>3</min_nodes>\n<command>" +
-                  std::string(300, 'b') + "</command>")},
-        {"etc/providers/pair.xml", provider("<min_nodes>3</min_nodes>")},
-        {"etc/providers/long.xml",
-         "<configuration>\n<command>" + std::string(257, 'b') + "</command></configuration>"},
-        {"etc/providers/custom/sets.xml",
-         "<configuration><collector><provider><probe>\n<optionset><a>1</a></optionset>"
-         "</probe></provider></collector></configuration>"}},
-       "etc/providers/probe.xml etc/providers/pair.xml etc/providers/long.xml "
-       "etc/providers/custom/sets.xml",
-       1,
-       "$R/etc/providers/custom/sets.xml:2: warning: <optionset> is passed over: it has no "
-       "attribute 'id'\n"
-       "$R/etc/providers/long.xml: warning: no framework definition names this provider\n"
-       "$R/etc/providers/long.xml:2: error: <command> has 257 characters; a run cuts it at 256\n"
-       "$R/etc/providers/pair.xml: error: Can not create cluster with a minimum of 3 and maximum "
-       "of 1 nodes\n"
-       "$R/etc/providers/pair.xml: warning: no framework definition names this provider\n"
-       "$R/etc/providers/probe.xml:3: error: <encoding>: 'bse64' is none of none, base64, raw; did "
-       "you mean 'base64'?\n"
-       "$R/etc/providers/probe.xml:5: error: <command>: one command is required\n"
-       "4 documents, 0 rule files, 0 node files read: 4 errors, 3 warnings\n"},
-      {"RuleFiles",
-       {{"etc/fwd/base.xml", fwd(USES_PROBE + "<kb_mods><mod>a.clp</mod>\n<mod>none.clp</mod>\n"
-                                              "<mod>self.clp</mod></kb_mods>")},
-        {"kb/a.clp",
-         "(defrule a\n (x (id ?id))\n (bind ?id \"one\")\n (y (id ?id))\n"
-         " (not (id ?other))\n; (id ?comment)\n)\n(load b.clp)\n(batch* n0ne.clp)\n"},
-        {"kb/b.clp", ""},
-        {"kb/none.clp", "(deftemplate t)\n"},
-        {"kb/self.clp", "(batch* self.clp)\n(defrule s\n"},
-        {"kb/rules/diagnosis.clp",
-         "(defrule d\n (sign (id \"onne\"))\n (sign (id \"one\"))\n"
-         " (sign (id \"cause\"))\n =>\n (assert (x (id \"cause\"))))\n"}},
-       "",
-       1,
-       "$R/etc/fwd/base.xml:4: warning: 'none.clp' and what it loads hold no rule\n"
-       "$R/etc/fwd/base.xml:5: error: The rule file $R/kb/self.clp loads itself, directly or "
-       "through others: not scanned again.\n"
-       "$R/kb/a.clp:2: warning: the id '?id' is bound to no text up to here, so no id is noted\n"
-       "$R/kb/a.clp:8: error: this load line leads nowhere: only the form (batch* NAME) is "
-       "followed\n"
-       "$R/kb/a.clp:9: error: this load line leads nowhere: $R/kb/n0ne.clp is missing; did you "
-       "mean "
-       "'none.clp'?\n"
-       "$R/kb/rules/diagnosis.clp:2: warning: no rule file mentions the sign 'onne'; did you mean "
-       "'one'?\n"
-       "6 documents, 5 rule files, 0 node files read: 3 errors, 3 warnings\n"},
-      {"TablesAndMaps",
-       {{"etc/CLIPS_type_map.xml",
-         "<type_map>\n<entry type='STRNG'>a</entry>\n<entry type='MULTI'>b</entry></type_map>"},
-        {"etc/postprocessor/table.xml",
-         "<postproc_tables>\n<table/>\n<table id='a'><column name='x'/></table>"
-         "</postproc_tables>"},
-        {"etc/postprocessor/reports.xml",
-         "<postproc_reports>\n<r><message_id/></r>\n<s><constraints a='1'/></s>"
-         "</postproc_reports>"},
-        {"etc/kb/kb.xml", "<kb_config>\n<a><b/></a></kb_config>"},
-        {"etc/other.xml", "<other/>"}},
-       "",
-       1,
-       "$R/etc/CLIPS_type_map.xml:2: error: <entry>, attribute 'type': 'STRNG' is no known word; "
-       "did you mean 'STRING'?\n"
-       "$R/etc/CLIPS_type_map.xml:3: error: <entry> of type MULTI needs the attribute 'data_type'\n"
-       "$R/etc/kb/kb.xml:2: error: <b> is empty, which ends a run\n"
-       "$R/etc/other.xml: warning: no kind of document of an installation: its root element is "
-       "<other>\n"
-       "$R/etc/postprocessor/reports.xml:2: error: <message_id> is empty, which ends a run\n"
-       "$R/etc/postprocessor/reports.xml:3: warning: <constraints> is dropped: it is empty, or a "
-       "message_id in it is\n"
-       "$R/etc/postprocessor/table.xml:2: warning: <table> is passed over: it has no attribute "
-       "'id'\n"
-       "$R/etc/postprocessor/table.xml:3: warning: <column> is passed over: it needs the "
-       "attributes "
-       "'name' and 'msg-id'\n"
-       "9 documents, 0 rule files, 0 node files read: 4 errors, 4 warnings\n"},
-      {"NodesAndGroups",
-       {{"nodes", "n[1-3] role: compte # typo\nn2,n3 subcluster: default-subcluster role: head\n"},
-        {"etc/providers/probe.xml", provider("<timeout>5</timeout><role>storage</role>")},
-        {"groups.xml",
-         "<nodegroup_config>\n<nodegroup name='a'><nodes><node>n1</node></nodes>"
-         "</nodegroup>\n<nodegroup name='empty'/>\n<nodegroup name='a'/>\n"
-         "<fwd name='base'><nodegroups><group>aa</group></nodegroups></fwd>\n"
-         "<fwd name='bas'/>\n<fwd name='base'/></nodegroup_config>"}},
-       "-f nodes -g groups.xml",
-       1,
-       "$R/etc/providers/probe.xml:3: warning: no node has the role 'storage'\n"
-       "$R/groups.xml:3: warning: the group 'empty' has no node, so a run drops it\n"
-       "$R/groups.xml:4: warning: the group 'a' has no node, so a run drops it\n"
-       "$R/groups.xml:4: warning: the group 'a' stood before, at line 2, which counts\n"
-       "$R/groups.xml:5: error: no group has the name 'aa'; did you mean 'a'?\n"
-       "$R/groups.xml:6: error: the framework definition 'bas' is missing: $R/etc/fwd/bas.xml; did "
-       "you mean 'base'?\n"
-       "$R/groups.xml:7: error: the framework definition 'base' stood before, at line 5: a run "
-       "ends "
-       "here\n"
-       "$R/nodes:1: warning: 'compte' is no known role; did you mean 'compute'?\n"
-       "$R/nodes:2: warning: the host 'n2' and 1 more stood before, at line 1\n"
-       "7 documents, 0 rule files, 1 node file read: 3 errors, 6 warnings\n"},
-      {"NodeFileThatIsRefused",
-       {{"nodes", "n[3-1]\n\nn1 role:\n"}},
-       "nodes missing.xml",
-       1,
-       "$R/missing.xml: error: No such file or directory\n"
-       "$R/nodes:1: error: expected the lower end of a range first, found '3-1' in 'n[3-1]'\n"
-       "$R/nodes:3: error: expected a word behind 'role:', found the end of the line\n"
-       "1 document, 0 rule files, 1 node file read: 3 errors, 0 warnings\n"},
-      {"WarningsAreNoErrors",
-       {{"etc/providers/other.xml", provider("")}},
-       "",
-       0,
-       "$R/etc/providers/other.xml: warning: no framework definition names this provider\n"
-       "7 documents, 0 rule files, 0 node files read: 0 errors, 1 warning\n"},
-      {"WarningsAreTwoWithStrict",
-       {{"etc/providers/other.xml", provider("")}},
-       "--strict --color=always etc/providers/other.xml",
-       3,
-       "$R/etc/providers/other.xml: \x1b[33mwarning\x1b[0m: no framework definition names this "
-       "provider\n"
-       "1 document, 0 rule files, 0 node files read: 0 errors, 1 warning\n"}};
-  return cases;
-}
+const std::vector<FaultyCase> FAULTY_CASES = {
+    {"SixFaultsOfOneDocument",
+     {{"etc/fwd/base.xml",
+       fwd("<fwd_desk>x</fwd_desk>\n<provders><provider>prob</provider></provders>\n"
+           "<kb_mods config_fil='k.xml'>\n<foo/>\n<mods>r.clp</mods></kb_mods>\n"
+           "<kb_path/><kb_path/>\n<includes>\n<include/></includes>\n")}},
+     "",
+     1,
+     "$R/etc/fwd/base.xml:2: error: <fwd_desk> is not expected in <framework_definition>; did "
+     "you "
+     "mean 'fwd_desc'?\n"
+     "$R/etc/fwd/base.xml:3: error: <provders> is not expected in <framework_definition>; did "
+     "you "
+     "mean 'providers'?\n"
+     "$R/etc/fwd/base.xml:3: error: the provider document 'prob' is missing: "
+     "$R/etc/providers/prob.xml; did you mean 'probe'?\n"
+     "$R/etc/fwd/base.xml:4: error: <kb_mods> has no attribute 'config_fil'; did you mean "
+     "'config_file'?\n"
+     "$R/etc/fwd/base.xml:4: error: the knowledge base document 'k.xml' is missing: "
+     "$R/etc/kb/k.xml\n"
+     "$R/etc/fwd/base.xml:5: error: <foo> is not expected in <kb_mods>, expected mod\n"
+     "$R/etc/fwd/base.xml:6: error: <mods> is not expected in <kb_mods>; did you mean 'mod'?\n"
+     "$R/etc/fwd/base.xml:6: error: the rule file 'r.clp' is missing: /r.clp\n"
+     "$R/etc/fwd/base.xml:7: error: <kb_path> is not expected in <framework_definition>, which "
+     "has it already\n"
+     "$R/etc/fwd/base.xml:9: error: <include> is empty, which ends a run\n"
+     "$R/etc/providers/probe.xml: warning: no framework definition names this provider\n" +
+         CLEAN_END + "10 errors, 1 warning\n"},
+    {"FollowUpsAreHidden",
+     {{"etc/fwd/base.xml", "<configuration>\n<framework_definition></fwd></configuration>"},
+      {"etc/providers/probe.xml", "<configuration>\n<comand>x</comand></configuration>"},
+      {"etc/postprocessor/table.xml", "<postproc_table>\n<tabel id='a'/></postproc_table>"}},
+     "",
+     1,
+     "$R/etc/fwd/base.xml:2:29: error: Opening and ending tag mismatch: framework_definition "
+     "line "
+     "2 and fwd\n"
+     "$R/etc/postprocessor/table.xml:1: error: the root element is <postproc_table>, expected "
+     "<postproc_tables>\n"
+     "$R/etc/postprocessor/table.xml:2: error: <tabel> is not expected in <postproc_tables>; did "
+     "you mean 'table'?\n"
+     "$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you "
+     "mean 'command'?\n" +
+         CLEAN_END + "4 errors, 0 warnings, 2 follow-ups hidden (-v shows them)\n"},
+    {"FollowUpsAreMarked",
+     {{"etc/providers/probe.xml", "<configuration>\n<comand>x</comand></configuration>"}},
+     "-v",
+     1,
+     "$R/etc/providers/probe.xml:1: error: (follow-up) <configuration>: one command is required\n"
+     "$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you "
+     "mean 'command'?\n" +
+         CLEAN_END + "1 error, 0 warnings, 1 follow-up\n"},
+    {"CycleNamesEveryDocument",
+     {{"etc/fwd/base.xml", fwd("<includes><include>fwd/b.xml</include></includes>")},
+      {"etc/fwd/b.xml", fwd("<includes>\n<include>fwd/c.xml</include></includes>")},
+      {"etc/fwd/c.xml", fwd(USES_PROBE + "<includes><include>fwd/base.xml</include>\n"
+                                         "<include>fwd/bse.xml</include></includes>")},
+      {"etc/fwd/idle.xml", fwd("")}},
+     "",
+     1,
+     "$R/etc/fwd/base.xml:2: error: includes come back to their start: etc/fwd/b.xml -> "
+     "etc/fwd/c.xml -> etc/fwd/base.xml -> etc/fwd/b.xml\n"
+     "$R/etc/fwd/c.xml:4: error: the framework definition 'fwd/bse.xml' is missing: "
+     "$R/etc/fwd/bse.xml; did you mean 'fwd/base.xml'?\n"
+     "$R/etc/fwd/idle.xml: warning: the framework definition has neither provider, rule nor "
+     "include\n"
+     "9 documents, 0 rule files, 0 node files read: 2 errors, 1 warning\n"},
+    {"MainDocument",
+     {{"etc/qorn.xml",
+       "<configuration>\n<plugins><framework_definitions>"
+       "<framework_definition>bse</framework_definition></framework_definitions></plugins>\n"
+       "<analyser/>\n<analyzer><log_level>eror</log_level>\n"
+       "<node_group_configuration_file>no.xml</node_group_configuration_file>\n"
+       "<config><data-age-threshold>x</data-age-threshold></config>\n"
+       "<suppressions><suppress><id>cpu-count-difers</id></suppress></suppressions>"
+       "</analyzer>\n<collector><timeout scale='Linear'>1</timeout></collector>"
+       "</configuration>"},
+      {"kb/data/msg_schema.xml",
+       "<message_schema><category>"
+       "<message_id>cpu-count-differs</message_id></category>"
+       "</message_schema>"}},
+     "",
+     1,
+     "$R/etc/qorn.xml:2: error: the framework definition 'bse' is missing: $R/etc/fwd/bse.xml; "
+     "did you mean 'base'?\n"
+     "$R/etc/qorn.xml:3: error: <analyser> is not expected in <configuration>; did you mean "
+     "'analyzer'?\n"
+     "$R/etc/qorn.xml:4: error: <log_level>: 'eror' is no known word; did you mean 'error'?\n"
+     "$R/etc/qorn.xml:5: error: the node group document 'no.xml' is missing: no.xml\n"
+     "$R/etc/qorn.xml:6: error: <data-age-threshold> is no number of days, which ends a run\n"
+     "$R/etc/qorn.xml:7: warning: nothing gives the message id 'cpu-count-difers'; did you mean "
+     "'cpu-count-differs'?\n"
+     "$R/etc/qorn.xml:8: warning: <timeout>, attribute 'scale': 'Linear' is no known word; did "
+     "you mean 'linear'?\n" +
+         CLEAN_END + "5 errors, 2 warnings\n"},
+    {"Providers",
+     {{"etc/providers/probe.xml",
+       provider("<encoding>bse64</encoding>\n<min_nodes>3</min_nodes>\n<command>" +
+                std::string(300, 'b') + "</command>")},
+      {"etc/providers/pair.xml", provider("<min_nodes>3</min_nodes>")},
+      {"etc/providers/long.xml",
+       "<configuration>\n<command>" + std::string(257, 'b') + "</command></configuration>"},
+      {"etc/providers/custom/sets.xml",
+       "<configuration><collector><provider><probe>\n<optionset><a>1</a></optionset>"
+       "</probe></provider></collector></configuration>"}},
+     "etc/providers/probe.xml etc/providers/pair.xml etc/providers/long.xml "
+     "etc/providers/custom/sets.xml",
+     1,
+     "$R/etc/providers/custom/sets.xml:2: warning: <optionset> is passed over: it has no "
+     "attribute 'id'\n"
+     "$R/etc/providers/long.xml: warning: no framework definition names this provider\n"
+     "$R/etc/providers/long.xml:2: error: <command> has 257 characters; a run cuts it at 256\n"
+     "$R/etc/providers/pair.xml: error: Can not create cluster with a minimum of 3 and maximum "
+     "of 1 nodes\n"
+     "$R/etc/providers/pair.xml: warning: no framework definition names this provider\n"
+     "$R/etc/providers/probe.xml:3: error: <encoding>: 'bse64' is none of none, base64, raw; did "
+     "you mean 'base64'?\n"
+     "$R/etc/providers/probe.xml:5: error: <command>: one command is required\n"
+     "4 documents, 0 rule files, 0 node files read: 4 errors, 3 warnings\n"},
+    {"RuleFiles",
+     {{"etc/fwd/base.xml", fwd(USES_PROBE + "<kb_mods><mod>a.clp</mod>\n<mod>none.clp</mod>\n"
+                                            "<mod>self.clp</mod></kb_mods>")},
+      {"kb/a.clp",
+       "(defrule a\n (x (id ?id))\n (bind ?id \"one\")\n (y (id ?id))\n"
+       " (not (id ?other))\n; (id ?comment)\n)\n(load b.clp)\n(batch* n0ne.clp)\n"},
+      {"kb/b.clp", ""},
+      {"kb/none.clp", "(deftemplate t)\n"},
+      {"kb/self.clp", "(batch* self.clp)\n(defrule s\n"},
+      {"kb/rules/diagnosis.clp",
+       "(defrule d\n (sign (id \"onne\"))\n (sign (id \"one\"))\n"
+       " (sign (id \"cause\"))\n =>\n (assert (x (id \"cause\"))))\n"}},
+     "",
+     1,
+     "$R/etc/fwd/base.xml:4: warning: 'none.clp' and what it loads hold no rule\n"
+     "$R/etc/fwd/base.xml:5: error: The rule file $R/kb/self.clp loads itself, directly or "
+     "through others: not scanned again.\n"
+     "$R/kb/a.clp:2: warning: the id '?id' is bound to no text up to here, so no id is noted\n"
+     "$R/kb/a.clp:8: error: this load line leads nowhere: only the form (batch* NAME) is "
+     "followed\n"
+     "$R/kb/a.clp:9: error: this load line leads nowhere: $R/kb/n0ne.clp is missing; did you "
+     "mean "
+     "'none.clp'?\n"
+     "$R/kb/rules/diagnosis.clp:2: warning: no rule file mentions the sign 'onne'; did you mean "
+     "'one'?\n"
+     "6 documents, 5 rule files, 0 node files read: 3 errors, 3 warnings\n"},
+    {"TablesAndMaps",
+     {{"etc/CLIPS_type_map.xml",
+       "<type_map>\n<entry type='STRNG'>a</entry>\n<entry type='MULTI'>b</entry></type_map>"},
+      {"etc/postprocessor/table.xml",
+       "<postproc_tables>\n<table/>\n<table id='a'><column name='x'/></table>"
+       "</postproc_tables>"},
+      {"etc/postprocessor/reports.xml",
+       "<postproc_reports>\n<r><message_id/></r>\n<s><constraints a='1'/></s>"
+       "</postproc_reports>"},
+      {"etc/kb/kb.xml", "<kb_config>\n<a><b/></a></kb_config>"},
+      {"etc/other.xml", "<other/>"}},
+     "",
+     1,
+     "$R/etc/CLIPS_type_map.xml:2: error: <entry>, attribute 'type': 'STRNG' is no known word; "
+     "did you mean 'STRING'?\n"
+     "$R/etc/CLIPS_type_map.xml:3: error: <entry> of type MULTI needs the attribute 'data_type'\n"
+     "$R/etc/kb/kb.xml:2: error: <b> is empty, which ends a run\n"
+     "$R/etc/other.xml: warning: no kind of document of an installation: its root element is "
+     "<other>\n"
+     "$R/etc/postprocessor/reports.xml:2: error: <message_id> is empty, which ends a run\n"
+     "$R/etc/postprocessor/reports.xml:3: warning: <constraints> is dropped: it is empty, or a "
+     "message_id in it is\n"
+     "$R/etc/postprocessor/table.xml:2: warning: <table> is passed over: it has no attribute "
+     "'id'\n"
+     "$R/etc/postprocessor/table.xml:3: warning: <column> is passed over: it needs the "
+     "attributes "
+     "'name' and 'msg-id'\n"
+     "9 documents, 0 rule files, 0 node files read: 4 errors, 4 warnings\n"},
+    {"NodesAndGroups",
+     {{"nodes", "n[1-3] role: compte # typo\nn2,n3 subcluster: default-subcluster role: head\n"},
+      {"etc/providers/probe.xml", provider("<timeout>5</timeout><role>storage</role>")},
+      {"groups.xml",
+       "<nodegroup_config>\n<nodegroup name='a'><nodes><node>n1</node></nodes>"
+       "</nodegroup>\n<nodegroup name='empty'/>\n<nodegroup name='a'/>\n"
+       "<fwd name='base'><nodegroups><group>aa</group></nodegroups></fwd>\n"
+       "<fwd name='bas'/>\n<fwd name='base'/></nodegroup_config>"}},
+     "-f nodes -g groups.xml",
+     1,
+     "$R/etc/providers/probe.xml:3: warning: no node has the role 'storage'\n"
+     "$R/groups.xml:3: warning: the group 'empty' has no node, so a run drops it\n"
+     "$R/groups.xml:4: warning: the group 'a' has no node, so a run drops it\n"
+     "$R/groups.xml:4: warning: the group 'a' stood before, at line 2, which counts\n"
+     "$R/groups.xml:5: error: no group has the name 'aa'; did you mean 'a'?\n"
+     "$R/groups.xml:6: error: the framework definition 'bas' is missing: $R/etc/fwd/bas.xml; did "
+     "you mean 'base'?\n"
+     "$R/groups.xml:7: error: the framework definition 'base' stood before, at line 5: a run "
+     "ends "
+     "here\n"
+     "$R/nodes:1: warning: 'compte' is no known role; did you mean 'compute'?\n"
+     "$R/nodes:2: warning: the host 'n2' and 1 more stood before, at line 1\n"
+     "7 documents, 0 rule files, 1 node file read: 3 errors, 6 warnings\n"},
+    {"NodeFileThatIsRefused",
+     {{"nodes", "n[3-1]\n\nn1 role:\n"}},
+     "nodes missing.xml",
+     1,
+     "$R/missing.xml: error: No such file or directory\n"
+     "$R/nodes:1: error: expected the lower end of a range first, found '3-1' in 'n[3-1]'\n"
+     "$R/nodes:3: error: expected a word behind 'role:', found the end of the line\n"
+     "1 document, 0 rule files, 1 node file read: 3 errors, 0 warnings\n"},
+    {"WarningsAreNoErrors",
+     {{"etc/providers/other.xml", provider("")}},
+     "",
+     0,
+     "$R/etc/providers/other.xml: warning: no framework definition names this provider\n"
+     "7 documents, 0 rule files, 0 node files read: 0 errors, 1 warning\n"},
+    {"WarningsAreTwoWithStrict",
+     {{"etc/providers/other.xml", provider("")}},
+     "--strict --color=always etc/providers/other.xml",
+     3,
+     "$R/etc/providers/other.xml: \x1b[33mwarning\x1b[0m: no framework definition names this "
+     "provider\n"
+     "1 document, 0 rule files, 0 node files read: 0 errors, 1 warning\n"}};
 
 class FaultyInstallation : public Inspect, public ::testing::WithParamInterface<FaultyCase> {};
 
@@ -318,7 +315,7 @@ TEST_P(FaultyInstallation, IsReportedWhole) {
             count(answer.output, ": warning: ") - count(answer.output, ": warning: (follow-up)"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Check, FaultyInstallation, ::testing::ValuesIn(faulty_cases()),
+INSTANTIATE_TEST_SUITE_P(Check, FaultyInstallation, ::testing::ValuesIn(FAULTY_CASES),
                          [](const auto& test) { return test.param.name; });
 
 TEST_F(Inspect, CheckAcceptsTheInstalledDocumentsWithoutAWarning) {
@@ -342,7 +339,7 @@ TEST_F(Inspect, CheckSaysThatMoreMayFollow) {
 }
 
 TEST_F(Inspect, CheckAsJsonFollowsTheInstalledSchema) {
-  write(faulty_cases()[3].files);  // with related places
+  write(FAULTY_CASES[3].files);  // with related places
   EXPECT_EQ(ask("check --format=json").status, 1);
   const std::string script =
       "import json, jsonschema, sys; d = json.load(open(sys.argv[1])); "
@@ -525,11 +522,10 @@ TEST_F(Questions, DiffComparesRootsAndRecords) {
 }
 
 TEST_F(Questions, WrongUseEndsWithTwo) {
-  for (const char* words : {"", "chek", "check --format=xml", "why", "list all",
-                            "nodes --expand "
-                            "--count a",
-                            "diff a", "check -- -f nodes", "show -- -l loud", "show -- --help",
-                            "graph --root /nowhere", "list groups -- -Q"}) {
+  for (const char* words :
+       {"", "chek", "check --format=xml", "why", "list all", "nodes --expand --count a", "diff a",
+        "check -- -f nodes", "show -- -l loud", "show -- --help", "graph --root /nowhere",
+        "list groups -- -Q"}) {
     const Answer answer = ask(words);
     EXPECT_EQ(answer.status, 2) << words;
     EXPECT_NE(answer.errors, "") << words;
