@@ -107,11 +107,15 @@ bool loads_others(const std::string& path) {
   if (!std::filesystem::is_regular_file(path, ignored)) {
     return false;
   }
-  std::ifstream file(path);
-  for (std::string line; std::getline(file, line);) {
-    if (line.rfind("(batch", 0) == 0 || line.rfind("(load", 0) == 0) {
-      return true;
+  try {
+    std::ifstream file(path);
+    file.exceptions(std::ios_base::badbit);  // getline swallows a failed allocation
+    for (std::string line; std::getline(file, line);) {
+      if (line.rfind("(batch", 0) == 0 || line.rfind("(load", 0) == 0) {
+        return true;
+      }
     }
+  } catch (const std::ios_base::failure&) {  // can't be read, which the scan has said
   }
   return false;
 }

@@ -14,7 +14,12 @@ int LOG_OUTPUT = 0;
 
 ErrorLog::ErrorLog(const char* /*file*/, const char* /*function*/, unsigned int /*line*/,
                    int message_level)
-    : level(message_level) {
+    : ErrorLog(message_level) {
+}
+
+// Otherwise a stream swallows a failed allocation, and its text just seems to end.
+ErrorLog::ErrorLog(int message_level) : level(message_level) {
+  exceptions(std::ios_base::badbit);
 }
 
 // The text is viewed, not copied: an allocation that fails in a destructor would end the process.

@@ -63,6 +63,7 @@ void OutputLog::OutputLogStream::set_color(Colors color) {
 }
 
 OutputLog::OutputLog(Colors color) {
+  exceptions(std::ios_base::badbit);  // or it swallows a failed allocation and cuts the text
   createInstance();
   singleton_obj->set_color(color);
 }

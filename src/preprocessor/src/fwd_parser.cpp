@@ -276,13 +276,15 @@ std::shared_ptr<FwdNode> FWDParser::node_of(const std::string& include, Config& 
   Fwd scratch;
   scratch.name = include;
   compute_name_and_path(scratch);
-  std::shared_ptr<Fwd>& fwd = config.fwds->by_path[scratch.path];
-  if (fwd == nullptr) {
-    fwd = std::make_shared<Fwd>();
-    fwd->name = scratch.name;
-    fwd->path = scratch.path;
-    link(std::make_shared<FwdNode>(), fwd);
+  const auto known = config.fwds->by_path.find(scratch.path);
+  if (known != config.fwds->by_path.end()) {
+    return known->second->node;
   }
+  auto fwd = std::make_shared<Fwd>();
+  fwd->name = scratch.name;
+  fwd->path = scratch.path;
+  config.fwds->by_path.emplace(fwd->path, fwd);
+  link(std::make_shared<FwdNode>(), fwd);
   return fwd->node;
 }
 

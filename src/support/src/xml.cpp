@@ -1,4 +1,5 @@
 #include <map>
+#include <new>
 #include <stdexcept>
 
 #include <libxml/parser.h>
@@ -44,6 +45,9 @@ std::string content_of(const xmlNode* node) {
     }
   }
   const TextPtr text(node == nullptr ? nullptr : xmlNodeGetContent(node));
+  if (text == nullptr && node != nullptr) {
+    throw std::bad_alloc();  // without content it would be the empty text
+  }
   return char_to_str(text.get());
 }
 
@@ -103,6 +107,9 @@ bool get_attr(const xmlNode* node, const char* name, std::string& value) {
   const TextPtr text(node == nullptr ? nullptr
                                      : xmlGetProp(node, reinterpret_cast<const xmlChar*>(name)));
   if (text == nullptr) {
+    if (node != nullptr && xmlHasProp(node, reinterpret_cast<const xmlChar*>(name)) != nullptr) {
+      throw std::bad_alloc();
+    }
     return false;
   }
   value = char_to_str(text.get());
@@ -111,6 +118,10 @@ bool get_attr(const xmlNode* node, const char* name, std::string& value) {
 
 bool get_attr_value(const xmlAttr* attribute, std::string& value) {
   const TextPtr text(xmlNodeListGetString(attribute->doc, attribute->children, 1));
+  const xmlNode* first = attribute->children;
+  if (text == nullptr && first != nullptr && first->content != nullptr && *first->content != 0) {
+    throw std::bad_alloc();
+  }
   value = char_to_str(text.get());
   return !value.empty();
 }

@@ -92,12 +92,18 @@ class FaultCollector {
         faults_(faults),
         first_(faults.size()),
         previous_context_(xmlStructuredErrorContext),
-        previous_(xmlStructuredError) {
+        previous_(xmlStructuredError),
+        previous_words_context_(xmlGenericErrorContext),
+        previous_words_(xmlGenericError) {
     xmlSetStructuredErrorFunc(this, &FaultCollector::take);
+    xmlSetGenericErrorFunc(this, &FaultCollector::take_words);
   }
   FaultCollector(const FaultCollector&) = delete;
   FaultCollector& operator=(const FaultCollector&) = delete;
-  ~FaultCollector() { xmlSetStructuredErrorFunc(previous_context_, previous_); }
+  ~FaultCollector() {
+    xmlSetStructuredErrorFunc(previous_context_, previous_);
+    xmlSetGenericErrorFunc(previous_words_context_, previous_words_);
+  }
 
   bool add(Fault fault) {
     fault.file = fault.file.empty() ? file_ : fault.file;
@@ -119,12 +125,17 @@ class FaultCollector {
     return true;
   }
 
-  /// Makes sure that a failure has a reason, and passes on what the handler couldn't throw
-  /// through libxml2.
-  void fail(const std::string& reason) {
+  /// Passes on what the handler couldn't throw through libxml2, which goes on without what it had
+  /// no memory for: a schema then lets more through.
+  void check_memory() const {
     if (out_of_memory_) {
       throw std::bad_alloc();
     }
+  }
+
+  /// Makes sure that a failure has a reason.
+  void fail(const std::string& reason) {
+    check_memory();
     const auto is_error = [](const Fault& f) { return f.severity == Fault::Severity::ERROR; };
     if (std::none_of(faults_.begin() + static_cast<long>(first_), faults_.end(), is_error)) {
       add({{}, 0, 0, Fault::Severity::ERROR, reason});
@@ -153,6 +164,11 @@ class FaultCollector {
     }
   }
 
+  /// Words without an error: parts of a schema that could not be made for want of memory.
+  static void take_words(void* self, const char* /*format*/, ...) {
+    static_cast<FaultCollector*>(self)->out_of_memory_ = true;
+  }
+
   void take_error(const xmlError& error) {
     Fault fault;
     if (follow_includes_ && error.file != nullptr) {
@@ -167,6 +183,10 @@ class FaultCollector {
     fault.severity =
         error.level == XML_ERR_WARNING ? Fault::Severity::WARNING : Fault::Severity::ERROR;
     fault.text = plain_words(error.message == nullptr ? "unknown fault" : error.message);
+    // A text beyond the limit has the same number.
+    if (error.code == XML_ERR_NO_MEMORY && fault.text != TEXT_TOO_LONG) {
+      out_of_memory_ = true;
+    }
     if (add(std::move(fault)) && origins_ != nullptr) {
       origins_->emplace_back(has_node ? node : nullptr, error.code);
     }
@@ -177,6 +197,8 @@ class FaultCollector {
   std::size_t first_;
   void* previous_context_;
   xmlStructuredErrorFunc previous_;
+  void* previous_words_context_;
+  xmlGenericErrorFunc previous_words_;
   Origins* origins_ = nullptr;
   bool follow_includes_ = false;
   bool out_of_memory_ = false;
@@ -234,6 +256,7 @@ DocumentPtr parse(xmlParserCtxt& parser, const std::string& content, const std::
   if (doc == nullptr) {
     collector.fail("not a well-formed document");
   }
+  collector.check_memory();
   return doc;
 }
 
@@ -275,7 +298,10 @@ class NoNetwork {
 };
 
 ParserPtr new_parser() {
+  std::vector<Fault> faults;
+  const FaultCollector collector({}, faults);  // the first parser fills libxml2's own tables
   ParserPtr parser(xmlNewParserCtxt());
+  collector.check_memory();
   if (parser == nullptr) {
     throw std::bad_alloc();
   }
@@ -297,6 +323,7 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
     throw std::bad_alloc();
   }
   schema->compiled.reset(xmlSchemaParse(parser.get()));
+  collector.check_memory();
   if (schema->compiled == nullptr) {
     collector.fail("not a usable schema");
     return nullptr;
@@ -305,6 +332,7 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
   if (schema->validator == nullptr) {
     throw std::bad_alloc();
   }
+  collector.check_memory();
   return schema;
 }
 
@@ -326,6 +354,7 @@ bool validate(xmlDoc& doc, const Schema& schema, FaultCollector& collector) {
     collector.fail("the document could not be validated");
     return false;
   }
+  collector.check_memory();
   return true;
 }
 

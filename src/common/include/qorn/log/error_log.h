@@ -24,7 +24,7 @@ inline constexpr int DEBUG = 7;
 /// when the object goes and its level is not above LOG_LEVEL.
 class ErrorLog : public std::stringstream {
  public:
-  explicit ErrorLog(int message_level) : level(message_level) {}
+  explicit ErrorLog(int message_level);
   /// The place in the sources is not part of the message.
   ErrorLog(const char* file, const char* function, unsigned int line, int message_level);
   ErrorLog(const ErrorLog&) = delete;
