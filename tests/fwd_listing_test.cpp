@@ -91,6 +91,17 @@ TEST_F(FwdListingTest, TextsAreWrappedToTheTerminal) {
                 DASHES);
 }
 
+TEST_F(FwdListingTest, ControlCharactersDoNotReachTheTerminal) {
+  installation.write("kb/r.clp", "(defrule a\x1b[2J \"b\x07\"\n");
+  installation.fwd("bytes",
+                   "<fwd_desc>c&#127;\nd&#155;2J</fwd_desc><providers><provider>p&#127;</provider>"
+                   "</providers><kb_mods><mod>r.clp</mod></kb_mods>");
+  const std::string listing = output_of({"-X", "bytes"});
+  for (const char* text : {"c\\x7f\nd\\xc2\\x9b2J\n", "  a\\x1b[2J\n", "  p\\x7f\n"}) {
+    EXPECT_NE(listing.find(text), std::string::npos) << listing;
+  }
+}
+
 TEST_F(FwdListingTest, TheListHoldsInstalledFilesByBareName) {
   for (const char* name : {"etc/fwd/notes.old.txt", "etc/fwd/plain", "etc/fwd/folder.xml/inner"}) {
     installation.write(name, "");

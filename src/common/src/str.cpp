@@ -106,16 +106,24 @@ std::uint32_t get_num_permutations_from_string(const std::string& text, std::uin
   return number == 0 ? ALL_PERMUTATIONS : number;
 }
 
-std::string printable(std::string_view text) {
+std::string printable(std::string_view text, std::string_view kept) {
   constexpr std::string_view HEX = "0123456789abcdef";
   std::string result;
   result.reserve(text.size());
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7F) {
-      result.append("\\x").append(1, HEX[byte >> 4U]).append(1, HEX[byte & 0xFU]);
+  const auto escape = [&](unsigned char byte) {
+    result.append("\\x").append(1, HEX[byte >> 4U]).append(1, HEX[byte & 0xFU]);
+  };
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
+    if ((byte < 0x20 && kept.find(text[i]) == std::string_view::npos) || byte == 0x7F) {
+      escape(byte);
+    } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {  // U+0080 to U+009F
+      escape(byte);
+      escape(next);
+      ++i;
     } else {
-      result.push_back(c);
+      result.push_back(text[i]);
     }
   }
   return result;

@@ -13,8 +13,11 @@ namespace {
 
 constexpr unsigned DASHES = 80;
 
+/// What documents may have in a text that is laid out already.
+constexpr std::string_view LAYOUT = "\n\t";
+
 void print(const std::string& text) {
-  log::OutputLog().stream() << text;
+  log::OutputLog().stream() << str::printable(text, LAYOUT);
 }
 
 /// The sort options have keys in the map but no letters on the command line.
@@ -230,7 +233,7 @@ void PrintHandler::print_dashes(std::ostream& stream, unsigned width, char c) {
 
 void PrintHandler::print_list(const std::string& indent, const std::vector<std::string>& items) {
   for (const std::string& item : items) {
-    log::OutputLog().stream() << indent << item << '\n';
+    log::OutputLog().stream() << indent << str::printable(item, LAYOUT) << '\n';
   }
 }
 
@@ -238,8 +241,8 @@ void PrintHandler::print_fwd_rules_list(const std::set<Rule>& rules,
                                         const std::string& first_indent,
                                         const std::string& second_indent) {
   for (const Rule& rule : rules) {
-    std::vector<std::string> lines{str::word_wrap(str::printable(rule.name), 0, first_indent)};
-    const std::string text = str::printable(str::clean_previous_formatting(rule.description));
+    std::vector<std::string> lines{str::word_wrap(rule.name, 0, first_indent)};
+    const std::string text = str::clean_previous_formatting(rule.description);
     if (!text.empty()) {
       lines.push_back(str::word_wrap(text, 0, second_indent));
     }
@@ -253,13 +256,12 @@ void PrintHandler::print_fwd_list_header(const std::string& directory) {
 }
 
 void PrintHandler::print_fwd_rules_header(const Fwd& fwd) {
-  log::OutputLog output;
-  print_dashes(output.stream(), str::terminal_width());
-  output.stream() << str::word_wrap("Framework definition name: " + fwd.name, 0, "") << '\n'
-                  << str::word_wrap("Framework definition path: " + fwd.path, 0, "") << '\n'
-                  << str::word_wrap("Rule Path: " + fwd.kb_path + "/rules/\n", 0, "")
-                  << str::word_wrap("Provider Path: " + fwd.provider_path + "\n\n", 0, "")
-                  << str::word_wrap("Description:\n" + fwd.description, 0, "") << '\n';
+  print_dashes(log::OutputLog().stream(), str::terminal_width());
+  print(str::word_wrap("Framework definition name: " + fwd.name, 0, "") + '\n' +
+        str::word_wrap("Framework definition path: " + fwd.path, 0, "") + '\n' +
+        str::word_wrap("Rule Path: " + fwd.kb_path + "/rules/\n", 0, "") +
+        str::word_wrap("Provider Path: " + fwd.provider_path + "\n\n", 0, "") +
+        str::word_wrap("Description:\n" + fwd.description, 0, "") + '\n');
 }
 
 void PrintHandler::print_string_with_border(const std::string& text) {

@@ -69,7 +69,8 @@ std::string clean_previous_formatting(std::string_view text);
 std::uint32_t get_num_permutations_from_string(const std::string& text, std::uint32_t current,
                                                const std::string& source);
 
-/// The text with its control bytes as "\x1b", so that it can't steer a terminal.
-std::string printable(std::string_view text);
+/// The text with its control characters as "\x1b", or "\xc2\x9b" for those of UTF-8, so that it
+/// can't steer a terminal. Those in `kept` stay.
+std::string printable(std::string_view text, std::string_view kept = {});
 
 }  // namespace qorn::str
