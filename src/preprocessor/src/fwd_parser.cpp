@@ -88,8 +88,9 @@ int FWDParser::load_fwds(Config& config, bool update) {
   for (const std::string& name : config.fwds->names) {
     process_fwd(name, paths.emplace_back(), config, false);
   }
+  KnownIncludes known;
   for (const std::string& path : paths) {
-    if (recurse_fwd(path, config) == 1) {
+    if (load_root(path, config, known) == 1) {
       log::ErrorLog(log::level::DEBUG).stream() << "Runtime error: Could not process " << path;
       return 1;
     }
@@ -121,6 +122,11 @@ int FWDParser::process_fwd(const std::string& name, std::string& path, Config& c
 }
 
 int FWDParser::recurse_fwd(const std::string& path, Config& config) {
+  KnownIncludes known;
+  return load_root(path, config, known);
+}
+
+int FWDParser::load_root(const std::string& path, Config& config, KnownIncludes& known) {
   if (path.empty()) {
     return 1;
   }
@@ -135,13 +141,18 @@ int FWDParser::recurse_fwd(const std::string& path, Config& config) {
   auto node = std::make_shared<FwdNode>();
   link(node, fwd);
   node->visited = true;
-  return recurse_fwd_impl(node, config, nullptr, false);
+  return walk_from(node, config, nullptr, known);
 }
 
 int FWDParser::recurse_fwd_impl(std::shared_ptr<FwdNode>& node, Config& config,
                                 const std::shared_ptr<FwdNode>& parent, bool /*flag*/) {
-  Walk walk(*config.fwds);
   KnownIncludes known;
+  return walk_from(node, config, parent, known);
+}
+
+int FWDParser::walk_from(const std::shared_ptr<FwdNode>& node, Config& config,
+                         const std::shared_ptr<FwdNode>& parent, KnownIncludes& known) {
+  Walk walk(*config.fwds);
   std::shared_ptr<FwdNode> next = node;
   std::shared_ptr<FwdNode> above = parent;
   while (true) {
@@ -252,14 +263,13 @@ int FWDParser::read_includes(Config& config, const xmlNode* includes, FwdNode::G
   blocking_count = 0;
   internal::GroupAttributes<FwdNode> group;
   group.attributes = {{"dependency_type", "non-blocking"}, {"passing_constraint", "0"}};
-  const std::vector<std::string> names = xml::get_str_list(includes, "include");
-  if (names.empty()) {
-    log::debug("Empty includes/group tag detected.");
-    return 0;
-  }
-  group.members.reserve(names.size());
-  for (const std::string& name : names) {
-    if (name.empty()) {
+  std::string name;  // kept, so that its memory serves all of them
+  group.members.reserve(static_cast<std::size_t>(xml::get_num_element_children(includes)));
+  for (const xmlNode* include : xml::Elements(includes)) {
+    if (xml::name_of(include) != "include") {
+      continue;
+    }
+    if (!xml::get_txt(include, name)) {
       throw std::out_of_range(xml::place_of(includes) + ": an <include> of this element is empty");
     }
     std::shared_ptr<FwdNode>& node = known[name];
@@ -267,6 +277,10 @@ int FWDParser::read_includes(Config& config, const xmlNode* includes, FwdNode::G
       node = node_of(name, config);
     }
     group.members.push_back(node);
+  }
+  if (group.members.empty()) {
+    log::debug("Empty includes/group tag detected.");
+    return 0;
   }
   groups.push_back(std::move(group));
   return 0;

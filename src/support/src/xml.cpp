@@ -34,21 +34,9 @@ std::string_view name_of(const xmlNode* node) {
 }
 
 std::string content_of(const xmlNode* node) {
-  // An element that holds one piece of text, or none, is the common case.
-  if (node != nullptr && node->type == XML_ELEMENT_NODE) {
-    const xmlNode* only = node->children;
-    if (only == nullptr) {
-      return {};
-    }
-    if (only->next == nullptr && only->type == XML_TEXT_NODE) {
-      return char_to_str(only->content);
-    }
-  }
-  const TextPtr text(node == nullptr ? nullptr : xmlNodeGetContent(node));
-  if (text == nullptr && node != nullptr) {
-    throw std::bad_alloc();  // without content it would be the empty text
-  }
-  return char_to_str(text.get());
+  std::string text;
+  get_txt(node, text);
+  return text;
 }
 
 std::string place_of(const xmlNode* node) {
@@ -99,7 +87,20 @@ std::vector<std::string> get_str_list(const xmlNode* node, std::string_view name
 }
 
 bool get_txt(const xmlNode* node, std::string& text) {
-  text = content_of(node);
+  // An element that holds one piece of text, or none, is the common case.
+  const bool is_element = node != nullptr && node->type == XML_ELEMENT_NODE;
+  const xmlNode* only = is_element ? node->children : nullptr;
+  if (node == nullptr || (is_element && only == nullptr)) {
+    text.clear();
+  } else if (only != nullptr && only->next == nullptr && only->type == XML_TEXT_NODE) {
+    text = reinterpret_cast<const char*>(only->content);
+  } else {
+    const TextPtr content(xmlNodeGetContent(node));
+    if (content == nullptr) {
+      throw std::bad_alloc();  // without content it would be the empty text
+    }
+    text = reinterpret_cast<const char*>(content.get());
+  }
   return !text.empty();
 }
 

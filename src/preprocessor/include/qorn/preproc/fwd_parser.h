@@ -93,10 +93,13 @@ class FWDParser {
   std::string fwd_base;
 
  private:
-  /// Includes as they are written, with their nodes: within a walk a text always leads to the
-  /// same one, and dense graphs write the same texts over and over.
+  /// Includes as they are written, with their nodes: for one graph a text always leads to the same
+  /// one, and dense graphs write the same texts over and over.
   using KnownIncludes = std::unordered_map<std::string, std::shared_ptr<FwdNode>>;
 
+  int load_root(const std::string& path, Config& config, KnownIncludes& known);
+  int walk_from(const std::shared_ptr<FwdNode>& node, Config& config,
+                const std::shared_ptr<FwdNode>& parent, KnownIncludes& known);
   int read_document(const std::shared_ptr<FwdNode>& node, Config& config, FwdNode::Groups& groups,
                     KnownIncludes& known);
   int read_includes(Config& config, const xmlNode* includes, FwdNode::Groups& groups,
