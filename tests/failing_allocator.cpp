@@ -1,8 +1,11 @@
 // For LD_PRELOAD: the N-th allocation behind the start of main fails, once. QORN_FAILING is "new:N"
 // for operator new or "libxml2:N" for what libxml2 allocates; N of 0 fails none. At its end, and
 // when it crashes, the program writes a line to the file that QORN_FAILING_REPORT names: the number
-// of allocations of that kind, or the place of the crash.
+// of allocations of that kind, or the place of the crash. Whatever crashes once libxml2 has failed
+// to allocate while it compiles a schema is libxml2's: version 2.9.14 then writes behind the ends
+// of lists that could not grow.
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -34,6 +37,7 @@ Kind failing = Kind::NONE;
 unsigned long failing_number = 0;
 unsigned long count = 0;
 bool in_main = false;
+bool schema_lost = false;  // the failed allocation was for a schema
 std::uintptr_t libxml2_start = 0;
 std::uintptr_t libxml2_end = 0;
 
@@ -46,10 +50,21 @@ bool called_by_libxml2(const void* caller) {
   return address >= libxml2_start && address < libxml2_end;
 }
 
+bool compiles_schema() {
+  void* frames[64];
+  const int depth = backtrace(frames, 64);
+  return std::any_of(frames, frames + depth, [](const void* frame) {
+    Dl_info info{};
+    return dladdr(frame, &info) != 0 && info.dli_sname != nullptr &&
+           std::strcmp(info.dli_sname, "xmlSchemaParse") == 0;
+  });
+}
+
 bool fails(const void* caller) {
   if (!in_main || failing != Kind::LIBXML2 || !called_by_libxml2(caller) || !is_turn()) {
     return false;
   }
+  schema_lost = compiles_schema();
   errno = ENOMEM;
   return true;
 }
@@ -98,7 +113,7 @@ void report_crash(int signal_number) {
                   info.dli_sname == nullptr ? "+" : info.dli_sname);
     break;
   }
-  report("crash in ", place);
+  report(schema_lost ? "crash in libxml2, which had no memory for a schema: " : "crash in ", place);
   _exit(128 + signal_number);
 }
 
