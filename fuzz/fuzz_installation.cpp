@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <new>
 #include <optional>
 #include <stdexcept>
 
@@ -62,6 +63,8 @@ bool accepts(const FuzzInstallation& installation, std::string_view input) {
   bool accepted = true;
   try {
     accepted = read_input(installation, config, input);
+  } catch (const std::bad_alloc&) {
+    throw;  // a finding: nothing here needs that much
   } catch (const std::exception&) {
   }
   release_frameworks(config);

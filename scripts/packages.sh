@@ -3,7 +3,7 @@
 BUILD_PACKAGES="cmake ninja-build g++ pkg-config libxml2-dev libsqlite3-dev libre2-dev
 nlohmann-json3-dev libcli11-dev"
 TEST_PACKAGES="$BUILD_PACKAGES libgtest-dev libbenchmark-dev clang clang-format clang-tidy
-libxml2-utils clips strace python3 python3-jsonschema"
+libclang-rt-dev libxml2-utils clips strace python3 python3-jsonschema"
 
 say() { printf '==> %s\n' "$*"; }
 
