@@ -21,13 +21,12 @@
 #include <link.h>
 #include <unistd.h>
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the C library's names, under which it can be reached
+// The C library's own names, under which it can be reached.
 extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
 }
-// NOLINTEND(bugprone-reserved-identifier)
 
 namespace {
 
@@ -191,7 +190,6 @@ void* realloc(void* block, std::size_t size) {
   return fails(__builtin_return_address(0)) ? nullptr : __libc_realloc(block, size);
 }
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier)
 int __libc_start_main(Main main, int argc, char** argv, void (*init)(), void (*fini)(),
                       void (*loader_fini)(), void* stack_end) {
   using Start = int (*)(Main, int, char**, void (*)(), void (*)(), void (*)(), void*);
