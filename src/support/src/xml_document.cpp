@@ -15,6 +15,8 @@
 #include <qorn/str.h>
 #include <qorn/xml/document.h>
 
+#include "xml_errors.h"
+
 namespace qorn::xml {
 namespace {
 
@@ -83,7 +85,7 @@ std::string plain_words(std::string_view words) {
   return str::stripws(words);
 }
 
-/// While one lives, libxml2 hands its errors over instead of printing them.
+/// Makes the errors that libxml2 has while one lives into faults.
 class FaultCollector {
  public:
   /// `file` is where faults are that name no file of their own.
@@ -91,19 +93,7 @@ class FaultCollector {
       : file_(std::move(file)),
         faults_(faults),
         first_(faults.size()),
-        previous_context_(xmlStructuredErrorContext),
-        previous_(xmlStructuredError),
-        previous_words_context_(xmlGenericErrorContext),
-        previous_words_(xmlGenericError) {
-    xmlSetStructuredErrorFunc(this, &FaultCollector::take);
-    xmlSetGenericErrorFunc(this, &FaultCollector::take_words);
-  }
-  FaultCollector(const FaultCollector&) = delete;
-  FaultCollector& operator=(const FaultCollector&) = delete;
-  ~FaultCollector() {
-    xmlSetStructuredErrorFunc(previous_context_, previous_);
-    xmlSetGenericErrorFunc(previous_words_context_, previous_words_);
-  }
+        handlers_(this, &FaultCollector::take, &FaultCollector::take_words) {}
 
   bool add(Fault fault) {
     fault.file = fault.file.empty() ? file_ : fault.file;
@@ -164,7 +154,6 @@ class FaultCollector {
     }
   }
 
-  /// Words without an error: parts of a schema that could not be made for want of memory.
   static void take_words(void* self, const char* /*format*/, ...) {
     static_cast<FaultCollector*>(self)->out_of_memory_ = true;
   }
@@ -195,13 +184,10 @@ class FaultCollector {
   std::string file_;
   std::vector<Fault>& faults_;
   std::size_t first_;
-  void* previous_context_;
-  xmlStructuredErrorFunc previous_;
-  void* previous_words_context_;
-  xmlGenericErrorFunc previous_words_;
   Origins* origins_ = nullptr;
   bool follow_includes_ = false;
   bool out_of_memory_ = false;
+  ErrorHandlers handlers_;  // the last, so that the others are there before an error comes
 };
 
 /// Why and where a handler of ours stopped the parser; without a reason none did.

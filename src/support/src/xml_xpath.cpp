@@ -1,11 +1,11 @@
 #include <memory>
 #include <new>
 
-#include <libxml/xmlerror.h>
-
 #include <qorn/log/error_log.h>
 #include <qorn/str.h>
 #include <qorn/xml/xpath.h>
+
+#include "xml_errors.h"
 
 namespace qorn::xml {
 namespace {
@@ -14,23 +14,10 @@ struct ObjectDeleter {
   void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
 };
 
-/// While one lives, libxml2 hands its errors over. Without memory it finds nothing and goes on.
+/// Notes the errors of an evaluation. Without memory libxml2 finds nothing and goes on.
 class ErrorWatch {
  public:
-  ErrorWatch()
-      : structured_context_(xmlStructuredErrorContext),
-        structured_(xmlStructuredError),
-        words_context_(xmlGenericErrorContext),
-        words_(xmlGenericError) {
-    xmlSetStructuredErrorFunc(this, &ErrorWatch::take);
-    xmlSetGenericErrorFunc(this, &ErrorWatch::take_words);
-  }
-  ErrorWatch(const ErrorWatch&) = delete;
-  ErrorWatch& operator=(const ErrorWatch&) = delete;
-  ~ErrorWatch() {
-    xmlSetStructuredErrorFunc(structured_context_, structured_);
-    xmlSetGenericErrorFunc(words_context_, words_);
-  }
+  ErrorWatch() : handlers_(this, &ErrorWatch::take, &ErrorWatch::take_words) {}
 
   void check_memory() const {
     if (out_of_memory_) {
@@ -45,17 +32,13 @@ class ErrorWatch {
     watch->has_error_ = true;
     watch->out_of_memory_ = watch->out_of_memory_ || error->code == XML_ERR_NO_MEMORY;
   }
-  /// Words without an error come from evaluations that lack what they had no memory for.
   static void take_words(void* self, const char* /*format*/, ...) {
     static_cast<ErrorWatch*>(self)->out_of_memory_ = true;
   }
 
-  void* structured_context_;
-  xmlStructuredErrorFunc structured_;
-  void* words_context_;
-  xmlGenericErrorFunc words_;
   bool has_error_ = false;
   bool out_of_memory_ = false;
+  ErrorHandlers handlers_;
 };
 
 }  // namespace
