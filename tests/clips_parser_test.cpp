@@ -11,6 +11,7 @@
 #include <qorn/preproc/clips_parser.h>
 
 #include "test_installation.h"
+#include "test_tables.h"
 
 namespace qorn::testing {
 namespace {
@@ -39,10 +40,7 @@ class RuleFiles : public TemporaryDirectory {
       text += " " + rule.name + "{" + rule.description + "}";
     }
     for (const auto& [id, names] : config.diagnosis_rules) {
-      text += " " + id + "=";
-      for (const std::string& each : names) {
-        text += each + ",";
-      }
+      text += " " + id + "=" + joined(names) + ",";
     }
     return text;
   }

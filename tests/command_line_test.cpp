@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "test_installation.h"
+#include "test_tables.h"
 
 namespace qorn::testing {
 namespace {

@@ -1,63 +1,28 @@
-#include <filesystem>
-#include <fstream>
-#include <string>
-#include <vector>
-
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <qorn/log/error_log.h>
-#include <qorn/node.h>
+#include "test_installation.h"
 
 namespace qorn::node {
 namespace {
 
-const std::vector<const char*> VARIABLES = {"SLURM_JOB_NODELIST", "PBS_NODEFILE",
-                                            "LSB_DJOB_HOSTFILE", "PE_HOSTFILE", "LSB_HOSTS"};
-
-class Discovery : public testing::Test {
- protected:
-  Discovery() {
-    folder = mkdtemp(folder.data());
-    log::LOG_LEVEL = log::level::WARNING;
-    set_all("");
+/// The hosts that are found, then what was logged.
+std::string discover() {
+  std::vector<Node> nodes(1);
+  std::string text;
+  const auto printed = testing::printed([&] { discoverNodes(nodes); }, log::level::WARNING);
+  for (std::size_t i = 1; i < nodes.size(); ++i) {
+    EXPECT_EQ(nodes[i].roles, std::vector<std::string>{"compute"});
+    text += nodes[i].hostname + ";";
   }
-  ~Discovery() override {
-    std::filesystem::remove_all(folder);
-    log::LOG_LEVEL = log::level::ERROR;
-    set_all("");
-  }
+  return text + printed.errors;
+}
 
-  static void set_all(const std::string& value) {
-    for (const char* variable : VARIABLES) {
-      value.empty() ? unsetenv(variable) : setenv(variable, value.c_str(), 1);
-    }
-  }
-
-  /// The hosts that are found, then what was logged.
-  static std::string discover(const char* variable, const std::string& value) {
-    setenv(variable, value.c_str(), 1);
-    std::vector<Node> nodes(1);
-    testing::internal::CaptureStderr();
-    discoverNodes(nodes);
-    std::string text;
-    for (std::size_t i = 1; i < nodes.size(); ++i) {
-      EXPECT_EQ(nodes[i].roles, std::vector<std::string>{"compute"});
-      text += nodes[i].hostname + ";";
-    }
-    return text + testing::internal::GetCapturedStderr();
-  }
-
-  std::string folder = "/tmp/qorn-discovery-XXXXXX";
-};
-
-TEST_F(Discovery, TakesEachHostOnceInOrderOrSaysWhyNot) {
-  const std::string hosts = folder + "/hosts";
-  const std::string bad = folder + "/bad";
-  const std::string none = folder + "/none";
-  std::ofstream(hosts) << "b 8 q@b\r\n\n\ta 8\nb\nc";
-  std::ofstream(bad) << "a\nb!\n";
-  std::ofstream(none) << " \n";
+TEST(Discovery, TakesEachHostOnceInOrderOrSaysWhyNot) {
+  const testing::Installation installation;  // none of the variables is set
+  const std::string hosts = installation.write("hosts", "b 8 q@b\r\n\n\ta 8\nb\nc");
+  const std::string bad = installation.write("bad", "a\nb!\n");
+  const std::string none = installation.write("none", " \n");
+  const std::string& folder = installation.path();
   const std::string name =
       "expected a host name (labels of 1 to 63 letters, digits, '_' and inner '-', joined by '.', "
       "253 characters at most), found ";
@@ -79,20 +44,23 @@ TEST_F(Discovery, TakesEachHostOnceInOrderOrSaysWhyNot) {
       {"PE_HOSTFILE", none, "PE_HOSTFILE: expected host names, found none in '" + none + "'\n"},
   };
   for (const Case& each : cases) {
-    EXPECT_EQ(discover(each.variable, each.value), each.result);
-    unsetenv(each.variable);
+    const testing::EnvironmentVariable variable(each.variable, each.value.c_str());
+    EXPECT_EQ(discover(), each.result);
   }
 }
 
-TEST_F(Discovery, TheFirstVariableThatIsSetAndNotEmptyCounts) {
-  set_all("/missing");
-  for (std::size_t i = 1; i + 1 < VARIABLES.size(); ++i) {
-    EXPECT_EQ(discover(VARIABLES[i - 1], ""),
-              std::string(VARIABLES[i]) + ": /missing: No such file or directory\n");
+TEST(Discovery, TheFirstVariableThatIsSetAndNotEmptyCounts) {
+  const testing::Installation installation;
+  std::deque<testing::EnvironmentVariable> variables;
+  std::string found;
+  for (const std::string variable :
+       {"LSB_HOSTS", "PE_HOSTFILE", "LSB_DJOB_HOSTFILE", "PBS_NODEFILE", "SLURM_JOB_NODELIST"}) {
+    variables.emplace_back(variable.c_str(), "");
+    EXPECT_EQ(discover(), found);
+    variables.emplace_back(variable.c_str(), "/");
+    found = discover();
+    EXPECT_EQ(found.rfind(variable + ": ", 0), 0U) << found;
   }
-  EXPECT_EQ(discover("SLURM_JOB_NODELIST", "n1"), "n1;");
-  set_all("");
-  EXPECT_EQ(discover("LSB_HOSTS", ""), "");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "test_installation.h"
+#include "test_tables.h"
 
 namespace qorn::testing {
 namespace {
@@ -166,14 +167,6 @@ INSTANTIATE_TEST_SUITE_P(All, DocumentFaults, ::testing::ValuesIn(KINDS), [](con
   }
   return name;
 });
-
-std::string repeated(const std::string& text, int times) {
-  std::string result;
-  for (int i = 0; i < times; ++i) {
-    result += text;
-  }
-  return result;
-}
 
 /// The one line that a hostile main document ends in, and how long that took.
 std::string refusal(const Installation& installation) {

@@ -2,22 +2,19 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sys/stat.h>
 #include <sys/wait.h>
-#include <unistd.h>
+
+#include "test_installation.h"
 
 namespace qorn::frontend {
 namespace {
 
 namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
+using testing::read_file;
 
 struct Outcome {
   int status;
@@ -25,34 +22,24 @@ struct Outcome {
   std::string err;
 };
 
-std::string read(const fs::path& file) {
-  std::ostringstream text;
-  text << std::ifstream(file).rdbuf();
-  return text.str();
-}
-
 /// Runs the built programs in a folder of its own, on the installation of the source tree.
-class Programs : public testing::Test {
+class Programs : public ::testing::Test {
  protected:
-  Programs() {
-    std::string name = testing::TempDir() + "qorn_front_end.XXXXXX";
-    folder_ = mkdtemp(name.data());
-    std::ofstream(folder_ / "nodes") << "node[1-3]\nhead1 role: head\n";
-  }
-  ~Programs() override { fs::remove_all(folder_); }
+  Programs() { directory_.write("nodes", "node[1-3]\nhead1 role: head\n"); }
 
   /// `line` is a shell's: variables, the program, its arguments and redirections.
   Outcome run(const std::string& line) const {
-    const std::string script = "cd '" + folder_.string() +
+    const std::string script = "cd '" + directory_.path() +
                                "' && PATH='" QORN_BIN_DIR "':$PATH QORN_ROOT='" QORN_INSTALLATION
                                "' && export QORN_ROOT && { " +
                                line + "; } >out 2>err";
     const int status = std::system(script.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder_ / "out"),
-            read(folder_ / "err")};
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read_file(folder_ / "out"),
+            read_file(folder_ / "err")};
   }
 
-  fs::path folder_;
+  testing::TemporaryDirectory directory_;
+  const fs::path folder_ = directory_.path();
 };
 
 constexpr const char* COLLECT = "qorn-collect -f nodes -F health_base -D x.db";
@@ -121,13 +108,13 @@ TEST_F(Programs, KeepTheRecordApartFromThePlan) {
   EXPECT_NE(outcome.err.find("Plan of the run"), std::string::npos);
   EXPECT_EQ(run("QORN_RECORD=/dev/stdout " + collect).out, outcome.out);
 
-  std::ofstream(folder_ / "old") << "old";
+  directory_.write("old", "old");
   fs::permissions(folder_ / "old", fs::perms(0640));
   fs::create_symlink("old", folder_ / "link");
   fs::create_symlink("new", folder_ / "dangling");
   for (const char* name : {"link", "dangling", "plain"}) {
     EXPECT_EQ(run(std::string("QORN_RECORD=") + name + " " + collect).status, 0) << name;
-    EXPECT_EQ(read(folder_ / name), outcome.out) << name;
+    EXPECT_EQ(read_file(folder_ / name), outcome.out) << name;
   }
   EXPECT_TRUE(fs::is_symlink(folder_ / "link") && fs::is_symlink(folder_ / "dangling"));
   EXPECT_EQ(fs::status(folder_ / "old").permissions(), fs::perms(0640));
@@ -138,11 +125,11 @@ TEST_F(Programs, KeepTheRecordApartFromThePlan) {
 }
 
 TEST_F(Programs, PutThePlanIntoTheLogFileAlone) {
-  std::ofstream(folder_ / "log") << std::string(100'000, 'x');
+  directory_.write("log", std::string(100'000, 'x'));
   const Outcome outcome = run(std::string(BOTH) + " -o log");
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.out.find("Plan of the run"), std::string::npos);
-  EXPECT_EQ(read(folder_ / "log").find("Plan of the run\n"), 0U);
+  EXPECT_EQ(read_file(folder_ / "log").find("Plan of the run\n"), 0U);
   EXPECT_EQ(run(std::string(BOTH) + " -o /dev/null").status, 0);
   // A log file that can't be opened leaves the console.
   for (const char* name : {".", "no/log"}) {

@@ -1,5 +1,3 @@
-#include <functional>
-
 #include <gtest/gtest.h>
 
 #include <qorn/tree_budget.h>
@@ -13,21 +11,13 @@ namespace {
 using testing::HandMadeGraph;
 using testing::members_of;
 using testing::names_of;
+using testing::what_is_thrown;
 
 /// A includes B and C, both include D.
 void make_diamond(HandMadeGraph& graph) {
   graph.group("A", {"B", "C"});
   graph.group("B", {"D"});
   graph.group("C", {"D"});
-}
-
-std::string what_is_thrown(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const std::runtime_error& error) {
-    return error.what();
-  }
-  return "nothing";
 }
 
 TEST(FwdNode, FindGivesACopyThatSharesItsMembers) {

@@ -17,8 +17,8 @@ class FwdListingTest : public ::testing::Test {
   std::string output_of(const Arguments& arguments, int status = 2) {
     testing::RunResult result;
     EXPECT_EQ(installation.run(arguments, result), status) << result.errors;
-    errors = str::replace(result.errors, installation.path(), "ROOT");
-    return str::replace(result.output, installation.path(), "ROOT");
+    errors = installation.without_root(result.errors);
+    return installation.without_root(result.output);
   }
 
   void write_diamond() const {

@@ -44,7 +44,7 @@ class FwdParserTest : public ::testing::Test {
       arguments.insert(arguments.end(), {"-F", name});
     }
     installation.run(arguments, result);
-    result.errors = without_root(result.errors);
+    result.errors = installation.without_root(result.errors);
     return result.status;
   }
 
@@ -58,12 +58,8 @@ class FwdParserTest : public ::testing::Test {
       result.status =
           parser.recurse_fwd(installation.path("etc/fwd/" + name + ".xml"), result.config);
     };
-    result.errors = without_root(testing::printed(call).errors);
+    result.errors = installation.without_root(testing::printed(call).errors);
     return result.status;
-  }
-
-  std::string without_root(const std::string& text) const {
-    return str::replace(text, installation.path(), "ROOT");
   }
 
   const Fwd& fwd(const RunResult& result, const std::string& name) const {
@@ -144,7 +140,8 @@ TEST_F(FwdParserTest, EveryElementOfADocumentReachesItsRecord) {
   }
   const auto directories = [&](const char* name) {
     const Fwd& of = fwd(result, name);
-    return without_root(of.kb_path + " " + of.provider_path + " " + of.provider_aux_path);
+    return installation.without_root(of.kb_path + " " + of.provider_path + " " +
+                                     of.provider_aux_path);
   };
   EXPECT_EQ(directories("full"), "ROOT/k /v/p /v/a");
   EXPECT_EQ(directories("default"), "ROOT/kb ROOT/etc/providers ROOT/provider/share");
@@ -173,11 +170,13 @@ TEST_F(FwdParserTest, EveryElementOfADocumentReachesItsRecord) {
   add(full.message_catalogs);
   EXPECT_EQ(names, "a z z a m m ");
   const Config& config = result.config;
-  EXPECT_EQ(without_root(joined(config.kb_config_files, ";")), "/v/bc.xml;ROOT/etc/kb/d.xml")
+  EXPECT_EQ(installation.without_root(joined(config.kb_config_files, ";")),
+            "/v/bc.xml;ROOT/etc/kb/d.xml")
       << "config_path ends in its slash";
-  EXPECT_EQ(without_root(joined(config.postproc_config_files, ";")),
+  EXPECT_EQ(installation.without_root(joined(config.postproc_config_files, ";")),
             "ROOT/etc/postprocessor/t.xml");
-  EXPECT_EQ(without_root(joined(config.message_schema_files, ";")), "ROOT/kb/data/s.xml;/v/s.xml");
+  EXPECT_EQ(installation.without_root(joined(config.message_schema_files, ";")),
+            "ROOT/kb/data/s.xml;/v/s.xml");
 }
 
 // Rule files, those listed (below ROOT/kb), the rules found, and what is written. A name is
@@ -244,7 +243,8 @@ TEST_F(FwdParserTest, FailuresOfElementsEndTheRunWithBothMessages) {
   RunResult result;
   installation.fwd("one", "<providers config_file='custom.xml'/>" + includes("base"));
   EXPECT_EQ(run("one base", result), 0) << "definitions without a document don't count";
-  EXPECT_EQ(without_root(result.config.custom_provider_file), "ROOT/etc/providers/custom.xml");
+  EXPECT_EQ(installation.without_root(result.config.custom_provider_file),
+            "ROOT/etc/providers/custom.xml");
   EXPECT_EQ(result.config.option_flags & option_flag::CUSTOM_PROVIDERS, 32U);
 }
 

@@ -24,10 +24,8 @@ struct Answer {
 /// the installation's root.
 class Inspect : public ::testing::Test {
  protected:
-  Inspect() {
-    at.write("etc/provider.xsd", read_file(installed("etc/provider.xsd")));
-    std::filesystem::current_path(at.path());
-  }
+  Inspect() { std::filesystem::current_path(at.path()); }
+  ~Inspect() override { std::filesystem::current_path("/"); }
 
   Answer ask(const std::string& words, const std::string& variables = "") const {
     const std::string program = std::string(QORN_BIN_DIR) + "/qorn-inspect ";

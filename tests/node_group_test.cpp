@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include <gtest/gtest.h>
 
 #include "test_installation.h"
@@ -7,6 +9,7 @@ namespace qorn {
 namespace {
 
 using preproc::NodeGroupParser;
+using testing::elements;
 using testing::joined;
 using testing::members_of;
 using testing::names_of;
@@ -14,8 +17,7 @@ using testing::rows_of;
 using testing::RunResult;
 
 std::string bare(const std::string& path) {
-  const std::size_t start = path.rfind('/') + 1;
-  return path.substr(start, path.rfind(".xml") - start);
+  return std::filesystem::path(path).stem();
 }
 
 std::string bare_names(const std::set<std::string>& paths) {
@@ -55,15 +57,6 @@ std::string tree_of(const FwdNode& node) {
     }
   }
   return text;
-}
-
-/// An element for each word.
-std::string elements(const std::string& name, const std::string& words) {
-  std::string all;
-  for (const std::string& word : str::split(words, ' ', false)) {
-    all.append("<").append(name).append(">").append(word).append("</").append(name).append(">");
-  }
-  return all;
 }
 
 /// The body of a document: "a=n1 n2" is a group with two nodes, "top:a" a framework definition
@@ -123,17 +116,13 @@ class NodeGroupTest : public ::testing::Test {
     const std::string banner = "-g/--groupfile is a beta feature currently in development.\n\n" +
                                util::EngineHelper::format_header() + "\n";
     EXPECT_EQ(result.output.find(banner), 0U);
-    result.output = without_root(result.output.substr(banner.size()));
-    result.errors = without_root(result.errors);
+    result.output = installation.without_root(result.output.substr(banner.size()));
+    result.errors = installation.without_root(result.errors);
     result.config.cluster_definition = std::make_shared<ClusterDefinition>();
     for (const char* name : {"m1", "m2", "m3"}) {
       result.config.cluster_definition->insert_node_instance(host(name));
     }
     return result.status;
-  }
-
-  std::string without_root(const std::string& text) const {
-    return str::replace(text, installation.path(), "ROOT");
   }
 
   testing::Installation installation;

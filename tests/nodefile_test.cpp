@@ -1,32 +1,23 @@
 #include <filesystem>
-#include <fstream>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 #include <unistd.h>
 
-#include <qorn/node.h>
+#include "test_installation.h"
 
 namespace qorn::node {
 namespace {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-class NodeFile : public testing::Test {
+class NodeFile : public ::testing::Test {
  protected:
-  NodeFile() { folder = mkdtemp(folder.data()); }
-  ~NodeFile() override { std::filesystem::remove_all(folder); }
-
   /// The hosts of `path` with roles and subcluster, or what was logged.
   static std::string read(const std::string& path) {
     Nodelist list;
     list.nodes.resize(1);
-    testing::internal::CaptureStderr();
-    const bool good = read_nodefile(path, list);
-    std::string text = testing::internal::GetCapturedStderr();
+    bool good = false;
+    std::string text = testing::printed([&] { good = read_nodefile(path, list); }).errors;
     EXPECT_EQ(good, text.empty());
     EXPECT_TRUE(good || list.nodes.size() == 1);
     for (std::size_t i = 0; good && i < list.nodes.size(); ++i) {
@@ -40,11 +31,11 @@ class NodeFile : public testing::Test {
   }
 
   std::string read_content(const std::string& content) {
-    std::ofstream(folder + "/n") << content;
-    return read(folder + "/n");
+    return read(directory.write("n", content));
   }
 
-  std::string folder = "/tmp/qorn-nodefile-XXXXXX";
+  testing::TemporaryDirectory directory;
+  const std::string& folder = directory.path();
 };
 
 TEST_F(NodeFile, ReadsHostsRolesAndSubclusterInFileOrder) {
@@ -101,10 +92,8 @@ TEST_F(NodeFile, LogsEachFaultyLineAndBoundsTheWholeFile) {
 }
 
 TEST_F(NodeFile, ReadsFilesAndPipesAndGivesTheSystemsReasonForTheRest) {
-  std::filesystem::create_directory(folder + "/a b");
-  std::ofstream(folder + "/a b/n\x1b") << "n1";
-  std::ofstream(folder + "/huge") << "n1";
-  std::filesystem::resize_file(folder + "/huge", (512U << 20U) + 1);
+  directory.write("a b/n\x1b", "n1");
+  std::filesystem::resize_file(directory.write("huge", "n1"), (512U << 20U) + 1);
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   ASSERT_EQ(write(ends[1], "n[1-2]\n", 7), 7);

@@ -1,12 +1,9 @@
 #include "plan.h"
 
-#include <filesystem>
-#include <fstream>
-#include <string>
-
 #include <gtest/gtest.h>
 
 #include "example_record.h"
+#include "test_installation.h"
 
 namespace qorn::frontend {
 namespace {
@@ -86,14 +83,12 @@ TEST(Plan, LeavesOutWhatTheRunDoesNotHave) {
 }
 
 TEST(Plan, TellsARuleFileThatLoadsOthersFromOneWithoutARule) {
-  const auto folder = std::filesystem::path(testing::TempDir()) / "qorn_plan_test";
-  std::filesystem::create_directories(folder);
-  const std::string loader = folder / "loader.clp";
-  std::ofstream(loader) << "; all of them\n(batch* other.clp)\n";
+  const testing::TemporaryDirectory folder;
+  const std::string loader = folder.write("loader.clp", "; all of them\n(batch* other.clp)\n");
   example::Record config;
   Fwd& fwd = *config.fwds->roots[0]->fwd;
   fwd.kb_mods = {loader, "/q/a* b.clp"};
-  fwd.rules = {{"other", folder / "other.clp", ""}, {"starred", " b.clp", ""}};
+  fwd.rules = {{"other", folder.path("other.clp"), ""}, {"starred", " b.clp", ""}};
   EXPECT_EQ(section(plan_text(config), "Passed over").find("loader.clp"), std::string::npos);
   EXPECT_EQ(section(plan_text(config), "Passed over").find("b.clp"), std::string::npos);
 

@@ -25,9 +25,7 @@ void PrintTo(const Field& field, std::ostream* out) {
   *out << field.text;
 }
 
-constexpr Field::Place FRAMEWORK = Field::Place::FRAMEWORK;
-constexpr Field::Place MAIN = Field::Place::MAIN;
-constexpr Field::Place ARGUMENTS = Field::Place::ARGUMENTS;
+using enum Field::Place;
 
 const std::vector<Field> FIELDS = {
     {"Include", FRAMEWORK, "<includes><include>WORD.xml</include></includes>"},

@@ -10,6 +10,7 @@ namespace qorn {
 namespace {
 
 using preproc::Preprocessor;
+using testing::elements;
 using testing::joined;
 using testing::rows_of;
 
@@ -79,12 +80,8 @@ class ProviderTest : public ::testing::Test {
         "c.xml", "<configuration><collector>" + body + "</collector></configuration>");
     int status = 0;
     errors = testing::printed([&] { status = preproc::read_config(config, file); }, level).errors;
-    errors = without_root(errors);
+    errors = installation.without_root(errors);
     return status;
-  }
-
-  std::string without_root(const std::string& text) const {
-    return str::replace(text, installation.path(), "ROOT");
   }
 
   testing::Installation installation;
@@ -195,16 +192,12 @@ TEST_F(ProviderTest, ReadingAgainKeepsWhatTheDocumentDoesNotState) {
 
 TEST_F(ProviderTest, TheCollectorSectionFillsItsFields) {
   const testing::EnvironmentVariable variable("COLLECT_DIR", "/v");
-  const std::string first =
-      "<network_interface>ib0</network_interface><network_interface>x</network_interface>"
-      "<provider_auxiliary_path>$COLLECT_DIR/a</provider_auxiliary_path>"
-      "<provider_config_dir>$COLLECT_DIR/c</provider_config_dir>"
-      "<async_output_dir>" +
-      std::string(5000, 'd') +
-      "</async_output_dir>"
-      "<timeout scale='linear'>30.7</timeout>"
-      "<qorn_collection_timeout>-9</qorn_collection_timeout>";
-  EXPECT_EQ(collect(first), 0) << errors;
+  const std::string first = R"(
+<network_interface>ib0</network_interface><network_interface>x</network_interface>
+<provider_auxiliary_path>$COLLECT_DIR/a</provider_auxiliary_path>
+<provider_config_dir>$COLLECT_DIR/c</provider_config_dir><async_output_dir>LONG</async_output_dir>
+<timeout scale='linear'>30.7</timeout><qorn_collection_timeout>-9</qorn_collection_timeout>)";
+  EXPECT_EQ(collect(str::replace(first, "LONG", std::string(5000, 'd'))), 0) << errors;
   EXPECT_EQ(config.collector_network_interface, "ib0");
   EXPECT_STREQ(config.provider_auxiliary_path, "/v/a");
   EXPECT_STREQ(config.provider_config_dir, "/v/c");
@@ -224,11 +217,7 @@ TEST_F(ProviderTest, TheCollectorSectionFillsItsFields) {
 
 TEST_F(ProviderTest, StandardProvidersAreReadAtOnce) {
   const auto tag = [](const std::string& names) {
-    std::string body;
-    for (const std::string& name : str::split(names, ' ', false)) {
-      body += "<provider>" + name + "</provider>";
-    }
-    return "<standard_providers>" + body + "</standard_providers>";
+    return "<standard_providers>" + elements("provider", names) + "</standard_providers>";
   };
   installation.write("etc/providers/zz.xml", "<configuration><command>z</command></configuration>");
   installation.write("etc/providers/bad.xml", "<configuration/>");
@@ -239,7 +228,8 @@ TEST_F(ProviderTest, StandardProvidersAreReadAtOnce) {
   EXPECT_EQ(errors, "provider(s): probe, zz\n");
   const provider_config& zz = *config.providers.at("zz");
   EXPECT_EQ(changes(zz), "command=z timeout=8 scale=2");
-  EXPECT_EQ(without_root(zz.config_dir + zz.aux_path), "ROOT/etc/providersROOT/provider/share");
+  EXPECT_EQ(installation.without_root(zz.config_dir + zz.aux_path),
+            "ROOT/etc/providersROOT/provider/share");
   // What can't be accessed stays, half-filled; what fails otherwise ends the reading.
   EXPECT_EQ(collect(tag("none bad later")), 1);
   EXPECT_EQ(config.providers.size(), 3U);
@@ -281,7 +271,8 @@ TEST_F(ProviderTest, OptionSets) {
   for (const char* unknown : {"", "p", "X"}) {
     EXPECT_TRUE(preproc::populate_option_vars_map(config, unknown).empty());
   }
-  EXPECT_EQ(without_root(config.custom_provider_file), "ROOT/etc/providers/custom.xml");
+  EXPECT_EQ(installation.without_root(config.custom_provider_file),
+            "ROOT/etc/providers/custom.xml");
   EXPECT_EQ(collect("<standard_providers config_path='/none'/>"), 0) << "nothing is opened";
   EXPECT_EQ(collect("<standard_providers config_file='custom.xml'/>"), 1) << "a second one";
   EXPECT_EQ(errors.find("Only one provider configuration file supported. "), 0U) << errors;

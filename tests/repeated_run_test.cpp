@@ -29,7 +29,7 @@ std::string outcome(const Installation& at) {
   for (const auto& [id, rules] : result.config.diagnosis_rules) {
     text << id << std::string(rules.size(), '+') << '\n';
   }
-  std::string comparable = str::replace(text.str(), at.path(), "ROOT");
+  std::string comparable = at.without_root(text.str());
   std::erase_if(comparable, [](unsigned char c) { return std::isdigit(c) != 0; });
   return comparable;
 }

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "test_installation.h"
+#include "test_tables.h"
 
 namespace qorn::testing {
 namespace {
@@ -88,8 +89,8 @@ TEST(Run, ASmallRunFillsTheRecord) {
   EXPECT_EQ(result.output, util::EngineHelper::format_header() + "\n");
   EXPECT_EQ(config.command_line,
             "qorn-collect -f " + installation.nodes + " -F other -F base -D " + database);
-  EXPECT_EQ(joined({config.bin_path, config.config_file, config.config_xsd,
-                    config.collect_extension, config.providers.at("probe")->config_file}),
+  EXPECT_EQ(joined(Lines{config.bin_path, config.config_file, config.config_xsd,
+                         config.collect_extension, config.providers.at("probe")->config_file}),
             str::replace("R/bin,R/etc/qorn.xml,R/etc/qorn.xsd,R/collect/qorn64/pdsh.so,"
                          "R/etc/providers/probe.xml",
                          "R", config.root));

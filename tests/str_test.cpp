@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "test_installation.h"
+#include "test_tables.h"
 
 namespace qorn::testing {
 namespace {
@@ -52,13 +53,6 @@ TEST(Wordexp, ExpandsWhatAShellWouldAndRunsNothing) {
 
 // wordexp(3) recursed over its text and overflowed the stack, or walked whole file systems.
 TEST(Wordexp, TextsBeyondItsBoundsComeBackAtOnce) {
-  const auto repeated = [](const std::string& text, int times) {
-    std::string result;
-    for (int i = 0; i < times; ++i) {
-      result += text;
-    }
-    return result;
-  };
   for (const char* piece : {"$((", "${x:-", "\"$x", "a b "}) {
     const std::string text = repeated(piece, 200'000);
     EXPECT_EQ(str::wordexp(text), text);

@@ -1,6 +1,5 @@
 #include "test_installation.h"
 
-#include <array>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -9,30 +8,6 @@
 #include <gtest/gtest.h>
 
 namespace qorn::testing {
-namespace {
-
-constexpr std::array SCHEMAS = {"etc/qorn.xsd",
-                                "etc/fwd.xsd",
-                                "etc/type_map.xsd",
-                                "etc/schema_map.xsd",
-                                "etc/nodegroup.xsd",
-                                "etc/rules_generator.xsd",
-                                "etc/postprocessor/table.xsd",
-                                "etc/postprocessor/postproc.xsd",
-                                "provider/provider.xsd"};
-
-constexpr std::array VARIABLES = {"QORN_CONFIG_XSD",
-                                  "QORN_TURN_OFF_ENV_PROPAGATION",
-                                  "QORN_COLLECT_DATABASE_CLOSE_DELAY",
-                                  "SLURM_JOB_NODELIST",
-                                  "PBS_NODEFILE",
-                                  "LSB_DJOB_HOSTFILE",
-                                  "PE_HOSTFILE",
-                                  "LSB_HOSTS",
-                                  "POSIXLY_CORRECT"};
-
-}  // namespace
-
 std::string installed(const std::string& name) {
   return QORN_INSTALLATION "/" + name;
 }
@@ -50,14 +25,6 @@ Arguments::Arguments(std::vector<std::string> words, const std::string& program)
     pointers_.push_back(text.data());
   }
   pointers_.push_back(nullptr);
-}
-
-std::string joined(const std::vector<std::string>& texts) {
-  std::string result;
-  for (const std::string& text : texts) {
-    result.append(result.empty() ? "" : ",").append(text);
-  }
-  return result;
 }
 
 TemporaryDirectory::TemporaryDirectory() {
@@ -112,13 +79,16 @@ Installation::Installation() {
   environment_.emplace_back("QORN_ROOT", path().c_str());
   environment_.emplace_back("HOME", path("home").c_str());
   environment_.emplace_back("COLUMNS", "80");
-  for (const char* variable : VARIABLES) {
+  for (const char* variable :
+       {"QORN_CONFIG_XSD", "QORN_TURN_OFF_ENV_PROPAGATION", "QORN_COLLECT_DATABASE_CLOSE_DELAY",
+        "SLURM_JOB_NODELIST", "PBS_NODEFILE", "LSB_DJOB_HOSTFILE", "PE_HOSTFILE", "LSB_HOSTS",
+        "POSIXLY_CORRECT"}) {
     environment_.emplace_back(variable, nullptr);
   }
-  for (const char* schema : SCHEMAS) {
-    const std::filesystem::path target = std::filesystem::path(path()) / schema;
-    std::filesystem::create_directories(target.parent_path());
-    std::filesystem::copy_file(installed(schema), target);
+  for (const auto& file : std::filesystem::recursive_directory_iterator(QORN_INSTALLATION)) {
+    if (file.path().extension() == ".xsd") {
+      write(file.path().lexically_relative(QORN_INSTALLATION), read_file(file.path()));
+    }
   }
   write("etc/qorn.xml", "<configuration/>");
   write("etc/CLIPS_type_map.xml", "<type_map/>");

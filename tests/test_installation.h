@@ -24,6 +24,11 @@ class TemporaryDirectory {
   std::string path(const std::string& name) const { return path_ + "/" + name; }
   bool has(const std::string& name) const;
 
+  /// The text with "ROOT" where the directory's path stands.
+  std::string without_root(const std::string& text) const {
+    return str::replace(text, path_, "ROOT");
+  }
+
  private:
   std::string path_;
 };
@@ -53,9 +58,6 @@ class Arguments {
   std::vector<std::string> texts_;
   std::vector<char*> pointers_;
 };
-
-/// The texts with commas between them.
-std::string joined(const std::vector<std::string>& texts);
 
 /// What one whole run gave.
 struct RunResult {

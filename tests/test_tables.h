@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -24,9 +26,37 @@ inline std::vector<std::vector<std::string>> rows_of(const std::string& table) {
   return rows;
 }
 
+/// The text that often.
+inline std::string repeated(const std::string& text, int times) {
+  std::string all;
+  for (int i = 0; i < times; ++i) {
+    all += text;
+  }
+  return all;
+}
+
+/// An element for each word.
+inline std::string elements(const std::string& name, const std::string& words) {
+  std::string all;
+  for (const std::string& word : str::split(words, ' ', false)) {
+    all.append("<").append(name).append(">").append(word).append("</").append(name).append(">");
+  }
+  return all;
+}
+
+/// The words of the error that ends the action, or "nothing".
+inline std::string what_is_thrown(const std::function<void()>& action) {
+  try {
+    action();
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "nothing";
+}
+
 /// The items of a range, each followed by the separator but the last.
 template <typename Range>
-std::string joined(const Range& range, const char* separator) {
+std::string joined(const Range& range, const char* separator = ",") {
   std::ostringstream text;
   const char* before = "";
   for (const auto& item : range) {
