@@ -1,6 +1,5 @@
 #include <cstdlib>
 #include <filesystem>
-#include <regex>
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -48,8 +47,6 @@ class Inspect : public ::testing::Test {
   Installation at;
 };
 
-const std::string CLEAN_END = "6 documents, 0 rule files, 0 node files read: ";
-
 std::string fwd(const std::string& body) {
   return "<configuration><framework_definition>\n" + body +
          "</framework_definition></configuration>";
@@ -64,9 +61,9 @@ const std::string USES_PROBE = "<providers><provider>probe</provider></providers
 struct FaultyCase {
   std::string name;
   Files files;
-  std::string words;  // behind "check"
-  int status;
   std::string output;
+  std::string words{};  // behind "check"
+  int status = 1;
 };
 
 const std::vector<FaultyCase> FAULTY_CASES = {
@@ -75,67 +72,47 @@ const std::vector<FaultyCase> FAULTY_CASES = {
        fwd("<fwd_desk>x</fwd_desk>\n<provders><provider>prob</provider></provders>\n"
            "<kb_mods config_fil='k.xml'>\n<foo/>\n<mods>r.clp</mods></kb_mods>\n"
            "<kb_path/><kb_path/>\n<includes>\n<include/></includes>\n")}},
-     "",
-     1,
-     "$R/etc/fwd/base.xml:2: error: <fwd_desk> is not expected in <framework_definition>; did "
-     "you "
-     "mean 'fwd_desc'?\n"
-     "$R/etc/fwd/base.xml:3: error: <provders> is not expected in <framework_definition>; did "
-     "you "
-     "mean 'providers'?\n"
-     "$R/etc/fwd/base.xml:3: error: the provider document 'prob' is missing: "
-     "$R/etc/providers/prob.xml; did you mean 'probe'?\n"
-     "$R/etc/fwd/base.xml:4: error: <kb_mods> has no attribute 'config_fil'; did you mean "
-     "'config_file'?\n"
-     "$R/etc/fwd/base.xml:4: error: the knowledge base document 'k.xml' is missing: "
-     "$R/etc/kb/k.xml\n"
-     "$R/etc/fwd/base.xml:5: error: <foo> is not expected in <kb_mods>, expected mod\n"
-     "$R/etc/fwd/base.xml:6: error: <mods> is not expected in <kb_mods>; did you mean 'mod'?\n"
-     "$R/etc/fwd/base.xml:6: error: the rule file 'r.clp' is missing: /r.clp\n"
-     "$R/etc/fwd/base.xml:7: error: <kb_path> is not expected in <framework_definition>, which "
-     "has it already\n"
-     "$R/etc/fwd/base.xml:9: error: <include> is empty, which ends a run\n"
-     "$R/etc/providers/probe.xml: warning: no framework definition names this provider\n" +
-         CLEAN_END + "10 errors, 1 warning\n"},
+     R"($R/etc/fwd/base.xml:2: error: <fwd_desk> is not expected in <framework_definition>; did you mean 'fwd_desc'?
+$R/etc/fwd/base.xml:3: error: <provders> is not expected in <framework_definition>; did you mean 'providers'?
+$R/etc/fwd/base.xml:3: error: the provider document 'prob' is missing: $R/etc/providers/prob.xml; did you mean 'probe'?
+$R/etc/fwd/base.xml:4: error: <kb_mods> has no attribute 'config_fil'; did you mean 'config_file'?
+$R/etc/fwd/base.xml:4: error: the knowledge base document 'k.xml' is missing: $R/etc/kb/k.xml
+$R/etc/fwd/base.xml:5: error: <foo> is not expected in <kb_mods>, expected mod
+$R/etc/fwd/base.xml:6: error: <mods> is not expected in <kb_mods>; did you mean 'mod'?
+$R/etc/fwd/base.xml:6: error: the rule file 'r.clp' is missing: /r.clp
+$R/etc/fwd/base.xml:7: error: <kb_path> is not expected in <framework_definition>, which has it already
+$R/etc/fwd/base.xml:9: error: <include> is empty, which ends a run
+$R/etc/providers/probe.xml: warning: no framework definition names this provider
+6 documents, 0 rule files, 0 node files read: 10 errors, 1 warning
+)"},
     {"FollowUpsAreHidden",
      {{"etc/fwd/base.xml", "<configuration>\n<framework_definition></fwd></configuration>"},
       {"etc/providers/probe.xml", "<configuration>\n<comand>x</comand></configuration>"},
       {"etc/postprocessor/table.xml", "<postproc_table>\n<tabel id='a'/></postproc_table>"}},
-     "",
-     1,
-     "$R/etc/fwd/base.xml:2:29: error: Opening and ending tag mismatch: framework_definition "
-     "line "
-     "2 and fwd\n"
-     "$R/etc/postprocessor/table.xml:1: error: the root element is <postproc_table>, expected "
-     "<postproc_tables>\n"
-     "$R/etc/postprocessor/table.xml:2: error: <tabel> is not expected in <postproc_tables>; did "
-     "you mean 'table'?\n"
-     "$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you "
-     "mean 'command'?\n" +
-         CLEAN_END + "4 errors, 0 warnings, 2 follow-ups hidden (-v shows them)\n"},
+     R"($R/etc/fwd/base.xml:2:29: error: Opening and ending tag mismatch: framework_definition line 2 and fwd
+$R/etc/postprocessor/table.xml:1: error: the root element is <postproc_table>, expected <postproc_tables>
+$R/etc/postprocessor/table.xml:2: error: <tabel> is not expected in <postproc_tables>; did you mean 'table'?
+$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you mean 'command'?
+6 documents, 0 rule files, 0 node files read: 4 errors, 0 warnings, 2 follow-ups hidden (-v shows them)
+)"},
     {"FollowUpsAreMarked",
      {{"etc/providers/probe.xml", "<configuration>\n<comand>x</comand></configuration>"}},
-     "-v",
-     1,
-     "$R/etc/providers/probe.xml:1: error: (follow-up) <configuration>: one command is required\n"
-     "$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you "
-     "mean 'command'?\n" +
-         CLEAN_END + "1 error, 0 warnings, 1 follow-up\n"},
+     R"($R/etc/providers/probe.xml:1: error: (follow-up) <configuration>: one command is required
+$R/etc/providers/probe.xml:2: error: <comand> is not expected in <configuration>; did you mean 'command'?
+6 documents, 0 rule files, 0 node files read: 1 error, 0 warnings, 1 follow-up
+)",
+     "-v"},
     {"CycleNamesEveryDocument",
      {{"etc/fwd/base.xml", fwd("<includes><include>fwd/b.xml</include></includes>")},
       {"etc/fwd/b.xml", fwd("<includes>\n<include>fwd/c.xml</include></includes>")},
       {"etc/fwd/c.xml", fwd(USES_PROBE + "<includes><include>fwd/base.xml</include>\n"
                                          "<include>fwd/bse.xml</include></includes>")},
       {"etc/fwd/idle.xml", fwd("")}},
-     "",
-     1,
-     "$R/etc/fwd/base.xml:2: error: includes come back to their start: etc/fwd/b.xml -> "
-     "etc/fwd/c.xml -> etc/fwd/base.xml -> etc/fwd/b.xml\n"
-     "$R/etc/fwd/c.xml:4: error: the framework definition 'fwd/bse.xml' is missing: "
-     "$R/etc/fwd/bse.xml; did you mean 'fwd/base.xml'?\n"
-     "$R/etc/fwd/idle.xml: warning: the framework definition has neither provider, rule nor "
-     "include\n"
-     "9 documents, 0 rule files, 0 node files read: 2 errors, 1 warning\n"},
+     R"($R/etc/fwd/base.xml:2: error: includes come back to their start: etc/fwd/b.xml -> etc/fwd/c.xml -> etc/fwd/base.xml -> etc/fwd/b.xml
+$R/etc/fwd/c.xml:4: error: the framework definition 'fwd/bse.xml' is missing: $R/etc/fwd/bse.xml; did you mean 'fwd/base.xml'?
+$R/etc/fwd/idle.xml: warning: the framework definition has neither provider, rule nor include
+9 documents, 0 rule files, 0 node files read: 2 errors, 1 warning
+)"},
     {"MainDocument",
      {{"etc/qorn.xml",
        "<configuration>\n<plugins><framework_definitions>"
@@ -150,20 +127,15 @@ const std::vector<FaultyCase> FAULTY_CASES = {
        "<message_schema><category>"
        "<message_id>cpu-count-differs</message_id></category>"
        "</message_schema>"}},
-     "",
-     1,
-     "$R/etc/qorn.xml:2: error: the framework definition 'bse' is missing: $R/etc/fwd/bse.xml; "
-     "did you mean 'base'?\n"
-     "$R/etc/qorn.xml:3: error: <analyser> is not expected in <configuration>; did you mean "
-     "'analyzer'?\n"
-     "$R/etc/qorn.xml:4: error: <log_level>: 'eror' is no known word; did you mean 'error'?\n"
-     "$R/etc/qorn.xml:5: error: the node group document 'no.xml' is missing: no.xml\n"
-     "$R/etc/qorn.xml:6: error: <data-age-threshold> is no number of days, which ends a run\n"
-     "$R/etc/qorn.xml:7: warning: nothing gives the message id 'cpu-count-difers'; did you mean "
-     "'cpu-count-differs'?\n"
-     "$R/etc/qorn.xml:8: warning: <timeout>, attribute 'scale': 'Linear' is no known word; did "
-     "you mean 'linear'?\n" +
-         CLEAN_END + "5 errors, 2 warnings\n"},
+     R"($R/etc/qorn.xml:2: error: the framework definition 'bse' is missing: $R/etc/fwd/bse.xml; did you mean 'base'?
+$R/etc/qorn.xml:3: error: <analyser> is not expected in <configuration>; did you mean 'analyzer'?
+$R/etc/qorn.xml:4: error: <log_level>: 'eror' is no known word; did you mean 'error'?
+$R/etc/qorn.xml:5: error: the node group document 'no.xml' is missing: no.xml
+$R/etc/qorn.xml:6: error: <data-age-threshold> is no number of days, which ends a run
+$R/etc/qorn.xml:7: warning: nothing gives the message id 'cpu-count-difers'; did you mean 'cpu-count-differs'?
+$R/etc/qorn.xml:8: warning: <timeout>, attribute 'scale': 'Linear' is no known word; did you mean 'linear'?
+6 documents, 0 rule files, 0 node files read: 5 errors, 2 warnings
+)"},
     {"Providers",
      {{"etc/providers/probe.xml",
        provider("<encoding>bse64</encoding>\n<min_nodes>3</min_nodes>\n<command>" +
@@ -174,20 +146,17 @@ const std::vector<FaultyCase> FAULTY_CASES = {
       {"etc/providers/custom/sets.xml",
        "<configuration><collector><provider><probe>\n<optionset><a>1</a></optionset>"
        "</probe></provider></collector></configuration>"}},
+     R"($R/etc/providers/custom/sets.xml:2: warning: <optionset> is passed over: it has no attribute 'id'
+$R/etc/providers/long.xml: warning: no framework definition names this provider
+$R/etc/providers/long.xml:2: error: <command> has 257 characters; a run cuts it at 256
+$R/etc/providers/pair.xml: error: Can not create cluster with a minimum of 3 and maximum of 1 nodes
+$R/etc/providers/pair.xml: warning: no framework definition names this provider
+$R/etc/providers/probe.xml:3: error: <encoding>: 'bse64' is none of none, base64, raw; did you mean 'base64'?
+$R/etc/providers/probe.xml:5: error: <command>: one command is required
+4 documents, 0 rule files, 0 node files read: 4 errors, 3 warnings
+)",
      "etc/providers/probe.xml etc/providers/pair.xml etc/providers/long.xml "
-     "etc/providers/custom/sets.xml",
-     1,
-     "$R/etc/providers/custom/sets.xml:2: warning: <optionset> is passed over: it has no "
-     "attribute 'id'\n"
-     "$R/etc/providers/long.xml: warning: no framework definition names this provider\n"
-     "$R/etc/providers/long.xml:2: error: <command> has 257 characters; a run cuts it at 256\n"
-     "$R/etc/providers/pair.xml: error: Can not create cluster with a minimum of 3 and maximum "
-     "of 1 nodes\n"
-     "$R/etc/providers/pair.xml: warning: no framework definition names this provider\n"
-     "$R/etc/providers/probe.xml:3: error: <encoding>: 'bse64' is none of none, base64, raw; did "
-     "you mean 'base64'?\n"
-     "$R/etc/providers/probe.xml:5: error: <command>: one command is required\n"
-     "4 documents, 0 rule files, 0 node files read: 4 errors, 3 warnings\n"},
+     "etc/providers/custom/sets.xml"},
     {"RuleFiles",
      {{"etc/fwd/base.xml", fwd(USES_PROBE + "<kb_mods><mod>a.clp</mod>\n<mod>none.clp</mod>\n"
                                             "<mod>self.clp</mod></kb_mods>")},
@@ -200,20 +169,14 @@ const std::vector<FaultyCase> FAULTY_CASES = {
       {"kb/rules/diagnosis.clp",
        "(defrule d\n (sign (id \"onne\"))\n (sign (id \"one\"))\n"
        " (sign (id \"cause\"))\n =>\n (assert (x (id \"cause\"))))\n"}},
-     "",
-     1,
-     "$R/etc/fwd/base.xml:4: warning: 'none.clp' and what it loads hold no rule\n"
-     "$R/etc/fwd/base.xml:5: error: The rule file $R/kb/self.clp loads itself, directly or "
-     "through others: not scanned again.\n"
-     "$R/kb/a.clp:2: warning: the id '?id' is bound to no text up to here, so no id is noted\n"
-     "$R/kb/a.clp:8: error: this load line leads nowhere: only the form (batch* NAME) is "
-     "followed\n"
-     "$R/kb/a.clp:9: error: this load line leads nowhere: $R/kb/n0ne.clp is missing; did you "
-     "mean "
-     "'none.clp'?\n"
-     "$R/kb/rules/diagnosis.clp:2: warning: no rule file mentions the sign 'onne'; did you mean "
-     "'one'?\n"
-     "6 documents, 5 rule files, 0 node files read: 3 errors, 3 warnings\n"},
+     R"($R/etc/fwd/base.xml:4: warning: 'none.clp' and what it loads hold no rule
+$R/etc/fwd/base.xml:5: error: The rule file $R/kb/self.clp loads itself, directly or through others: not scanned again.
+$R/kb/a.clp:2: warning: the id '?id' is bound to no text up to here, so no id is noted
+$R/kb/a.clp:8: error: this load line leads nowhere: only the form (batch* NAME) is followed
+$R/kb/a.clp:9: error: this load line leads nowhere: $R/kb/n0ne.clp is missing; did you mean 'none.clp'?
+$R/kb/rules/diagnosis.clp:2: warning: no rule file mentions the sign 'onne'; did you mean 'one'?
+6 documents, 5 rule files, 0 node files read: 3 errors, 3 warnings
+)"},
     {"TablesAndMaps",
      {{"etc/CLIPS_type_map.xml",
        "<type_map>\n<entry type='STRNG'>a</entry>\n<entry type='MULTI'>b</entry></type_map>"},
@@ -225,23 +188,16 @@ const std::vector<FaultyCase> FAULTY_CASES = {
        "</postproc_reports>"},
       {"etc/kb/kb.xml", "<kb_config>\n<a><b/></a></kb_config>"},
       {"etc/other.xml", "<other/>"}},
-     "",
-     1,
-     "$R/etc/CLIPS_type_map.xml:2: error: <entry>, attribute 'type': 'STRNG' is no known word; "
-     "did you mean 'STRING'?\n"
-     "$R/etc/CLIPS_type_map.xml:3: error: <entry> of type MULTI needs the attribute 'data_type'\n"
-     "$R/etc/kb/kb.xml:2: error: <b> is empty, which ends a run\n"
-     "$R/etc/other.xml: warning: no kind of document of an installation: its root element is "
-     "<other>\n"
-     "$R/etc/postprocessor/reports.xml:2: error: <message_id> is empty, which ends a run\n"
-     "$R/etc/postprocessor/reports.xml:3: warning: <constraints> is dropped: it is empty, or a "
-     "message_id in it is\n"
-     "$R/etc/postprocessor/table.xml:2: warning: <table> is passed over: it has no attribute "
-     "'id'\n"
-     "$R/etc/postprocessor/table.xml:3: warning: <column> is passed over: it needs the "
-     "attributes "
-     "'name' and 'msg-id'\n"
-     "9 documents, 0 rule files, 0 node files read: 4 errors, 4 warnings\n"},
+     R"($R/etc/CLIPS_type_map.xml:2: error: <entry>, attribute 'type': 'STRNG' is no known word; did you mean 'STRING'?
+$R/etc/CLIPS_type_map.xml:3: error: <entry> of type MULTI needs the attribute 'data_type'
+$R/etc/kb/kb.xml:2: error: <b> is empty, which ends a run
+$R/etc/other.xml: warning: no kind of document of an installation: its root element is <other>
+$R/etc/postprocessor/reports.xml:2: error: <message_id> is empty, which ends a run
+$R/etc/postprocessor/reports.xml:3: warning: <constraints> is dropped: it is empty, or a message_id in it is
+$R/etc/postprocessor/table.xml:2: warning: <table> is passed over: it has no attribute 'id'
+$R/etc/postprocessor/table.xml:3: warning: <column> is passed over: it needs the attributes 'name' and 'msg-id'
+9 documents, 0 rule files, 0 node files read: 4 errors, 4 warnings
+)"},
     {"NodesAndGroups",
      {{"nodes", "n[1-3] role: compte # typo\nn2,n3 subcluster: default-subcluster role: head\n"},
       {"etc/providers/probe.xml", provider("<timeout>5</timeout><role>storage</role>")},
@@ -250,42 +206,40 @@ const std::vector<FaultyCase> FAULTY_CASES = {
        "</nodegroup>\n<nodegroup name='empty'/>\n<nodegroup name='a'/>\n"
        "<fwd name='base'><nodegroups><group>aa</group></nodegroups></fwd>\n"
        "<fwd name='bas'/>\n<fwd name='base'/></nodegroup_config>"}},
-     "-f nodes -g groups.xml",
-     1,
-     "$R/etc/providers/probe.xml:3: warning: no node has the role 'storage'\n"
-     "$R/groups.xml:3: warning: the group 'empty' has no node, so a run drops it\n"
-     "$R/groups.xml:4: warning: the group 'a' has no node, so a run drops it\n"
-     "$R/groups.xml:4: warning: the group 'a' stood before, at line 2, which counts\n"
-     "$R/groups.xml:5: error: no group has the name 'aa'; did you mean 'a'?\n"
-     "$R/groups.xml:6: error: the framework definition 'bas' is missing: $R/etc/fwd/bas.xml; did "
-     "you mean 'base'?\n"
-     "$R/groups.xml:7: error: the framework definition 'base' stood before, at line 5: a run "
-     "ends "
-     "here\n"
-     "$R/nodes:1: warning: 'compte' is no known role; did you mean 'compute'?\n"
-     "$R/nodes:2: warning: the host 'n2' and 1 more stood before, at line 1\n"
-     "7 documents, 0 rule files, 1 node file read: 3 errors, 6 warnings\n"},
+     R"($R/etc/providers/probe.xml:3: warning: no node has the role 'storage'
+$R/groups.xml:3: warning: the group 'empty' has no node, so a run drops it
+$R/groups.xml:4: warning: the group 'a' has no node, so a run drops it
+$R/groups.xml:4: warning: the group 'a' stood before, at line 2, which counts
+$R/groups.xml:5: error: no group has the name 'aa'; did you mean 'a'?
+$R/groups.xml:6: error: the framework definition 'bas' is missing: $R/etc/fwd/bas.xml; did you mean 'base'?
+$R/groups.xml:7: error: the framework definition 'base' stood before, at line 5: a run ends here
+$R/nodes:1: warning: 'compte' is no known role; did you mean 'compute'?
+$R/nodes:2: warning: the host 'n2' and 1 more stood before, at line 1
+7 documents, 0 rule files, 1 node file read: 3 errors, 6 warnings
+)",
+     "-f nodes -g groups.xml"},
     {"NodeFileThatIsRefused",
      {{"nodes", "n[3-1]\n\nn1 role:\n"}},
-     "nodes missing.xml",
-     1,
-     "$R/missing.xml: error: No such file or directory\n"
-     "$R/nodes:1: error: expected the lower end of a range first, found '3-1' in 'n[3-1]'\n"
-     "$R/nodes:3: error: expected a word behind 'role:', found the end of the line\n"
-     "1 document, 0 rule files, 1 node file read: 3 errors, 0 warnings\n"},
+     R"($R/missing.xml: error: No such file or directory
+$R/nodes:1: error: expected the lower end of a range first, found '3-1' in 'n[3-1]'
+$R/nodes:3: error: expected a word behind 'role:', found the end of the line
+1 document, 0 rule files, 1 node file read: 3 errors, 0 warnings
+)",
+     "nodes missing.xml"},
     {"WarningsAreNoErrors",
      {{"etc/providers/other.xml", provider("")}},
+     R"($R/etc/providers/other.xml: warning: no framework definition names this provider
+7 documents, 0 rule files, 0 node files read: 0 errors, 1 warning
+)",
      "",
-     0,
-     "$R/etc/providers/other.xml: warning: no framework definition names this provider\n"
-     "7 documents, 0 rule files, 0 node files read: 0 errors, 1 warning\n"},
+     0},
     {"WarningsAreTwoWithStrict",
      {{"etc/providers/other.xml", provider("")}},
-     "--strict --color=always etc/providers/other.xml",
-     3,
      "$R/etc/providers/other.xml: \x1b[33mwarning\x1b[0m: no framework definition names this "
      "provider\n"
-     "1 document, 0 rule files, 0 node files read: 0 errors, 1 warning\n"}};
+     "1 document, 0 rule files, 0 node files read: 0 errors, 1 warning\n",
+     "--strict --color=always etc/providers/other.xml",
+     3}};
 
 class FaultyInstallation : public Inspect, public ::testing::WithParamInterface<FaultyCase> {};
 
@@ -303,14 +257,6 @@ TEST_P(FaultyInstallation, IsReportedWhole) {
   EXPECT_EQ(answer.output, GetParam().output);
   EXPECT_EQ(answer.errors, "");
   EXPECT_EQ(answer.status, GetParam().status);
-  // The counts are those of the lines.
-  std::smatch counts;
-  ASSERT_TRUE(std::regex_search(answer.output, counts, std::regex(R"((\d+) errors?, (\d+) warn)")));
-  const std::string plain = str::replace(answer.output, "(follow-up) ", "\n");
-  EXPECT_EQ(std::stoul(counts[1]),
-            count(answer.output, ": error: ") - count(answer.output, ": error: (follow-up)"));
-  EXPECT_EQ(std::stoul(counts[2]) - count(answer.output, "\x1b[33m"),
-            count(answer.output, ": warning: ") - count(answer.output, ": warning: (follow-up)"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Check, FaultyInstallation, ::testing::ValuesIn(FAULTY_CASES),
@@ -353,8 +299,7 @@ TEST_F(Inspect, CheckAsJsonFollowsTheInstalledSchema) {
 struct Question {
   std::string words;
   int status;
-  std::string output;
-  std::string errors;
+  std::string answer;  // with status 2 on standard error, else on standard output
 };
 
 /// An installation with two definitions, groups and a provider that needs two storage nodes.
@@ -388,51 +333,44 @@ class Questions : public Inspect {
     for (const Question& question : questions) {
       SCOPED_TRACE(question.words);
       const Answer answer = ask(question.words);
-      EXPECT_EQ(answer.output, question.output);
-      EXPECT_EQ(answer.errors, question.errors);
+      EXPECT_EQ(answer.output, question.status == 2 ? "" : question.answer);
+      EXPECT_EQ(answer.errors, question.status == 2 ? question.answer : "");
       EXPECT_EQ(answer.status, question.status);
     }
   }
 };
 
 TEST_F(Questions, WhyNamesTheChainOrTheFirstConditionThatFails) {
-  const std::string base = "base, asked for on the command line\n";
-  expect({{"why n1 -- -F base -f nodes", 0,
-           "n1 (compute)\n"
-           "  base: runs\n    " +
-               base +
-               "    group All: every node, for what no group is tied to\n"
-               "    provider probe: runs\n"
-               "  disk: does not run: none of its providers does\n    " +
-               base +
-               "    included by $R/etc/fwd/base.xml:4\n"
-               "    group All-except-nodegroup-disks: the nodes outside disks, tied at "
-               "groups.xml:5\n"
-               "    provider pair: does not run: role: it needs storage, the node has compute\n"
-               "    provider gone: does not run: provider readable: Error reading provider "
-               "configuration '$R/etc/providers/gone.xml' (2): No such file or directory\n",
-           ""},
-          {"why s1 disk -- -F base -f nodes -F disk", 1,
-           "s1 (storage)\n"
-           "  disk: does not run: none of its providers does\n    " +
-               base +
-               "    included by $R/etc/fwd/base.xml:4 (and 1 more way)\n"
-               "    group disks, tied at groups.xml:5\n"
-               "    provider pair: does not run: number of nodes: it needs 2, there are 1 of its "
-               "roles in group disks\n"
-               "    provider gone: does not run: provider readable: Error reading provider "
-               "configuration '$R/etc/providers/gone.xml' (2): No such file or directory\n",
-           ""},
-          {"why s1 other -- -F base -f nodes", 1,
-           "s1 (storage)\n  other: does not run: framework reached: nothing that is asked for "
-           "includes $R/etc/fwd/other.xml\n",
-           ""},
+  const std::string gone =
+      "    provider gone: does not run: provider readable: Error reading provider configuration "
+      "'$R/etc/providers/gone.xml' (2): No such file or directory\n";
+  expect({{"why n1 -- -F base -f nodes", 0, R"(n1 (compute)
+  base: runs
+    base, asked for on the command line
+    group All: every node, for what no group is tied to
+    provider probe: runs
+  disk: does not run: none of its providers does
+    base, asked for on the command line
+    included by $R/etc/fwd/base.xml:4
+    group All-except-nodegroup-disks: the nodes outside disks, tied at groups.xml:5
+    provider pair: does not run: role: it needs storage, the node has compute
+)" + gone},
+          {"why s1 disk -- -F base -f nodes -F disk", 1, R"(s1 (storage)
+  disk: does not run: none of its providers does
+    base, asked for on the command line
+    included by $R/etc/fwd/base.xml:4 (and 1 more way)
+    group disks, tied at groups.xml:5
+    provider pair: does not run: number of nodes: it needs 2, there are 1 of its roles in group disks
+)" + gone},
+          {"why s1 other -- -F base -f nodes", 1, R"(s1 (storage)
+  other: does not run: framework reached: nothing that is asked for includes $R/etc/fwd/other.xml
+)"},
           {"why s3 -- -F base -f nodes", 1,
-           "s3: node known: the run has 4 nodes, not this one; did you mean 'n3'?\n", ""},
-          {"why n1 -- -F bas -f nodes", 2, "",
-           "$R/etc/fwd/bas.xml: No such file or directory\n"
-           "Failed to open and validate framework definition $R/etc/fwd/bas.xml\n"
-           "Please use the -X list option to print list of valid frameworks.\n"}});
+           "s3: node known: the run has 4 nodes, not this one; did you mean 'n3'?\n"},
+          {"why n1 -- -F bas -f nodes", 2, R"($R/etc/fwd/bas.xml: No such file or directory
+Failed to open and validate framework definition $R/etc/fwd/bas.xml
+Please use the -X list option to print list of valid frameworks.
+)"}});
 }
 
 TEST_F(Questions, ShowTellsWhereASettingComesFromAndWhatDidNotCount) {
@@ -453,10 +391,10 @@ TEST_F(Questions, ShowTellsWhereASettingComesFromAndWhatDidNotCount) {
 }
 
 TEST_F(Questions, ListsNamesAndEverythingThatARunReads) {
-  expect({{"list frameworks", 0, "base\ndisk\nother\n", ""},
-          {"list providers", 0, "pair\nprobe\n", ""},
-          {"list groups", 0, "disks\nnone\n", ""},
-          {"list nodes -- -f nodes", 0, "n1\nn2\nn3\ns1\n", ""},
+  expect({{"list frameworks", 0, "base\ndisk\nother\n"},
+          {"list providers", 0, "pair\nprobe\n"},
+          {"list groups", 0, "disks\nnone\n"},
+          {"list nodes -- -f nodes", 0, "n1\nn2\nn3\ns1\n"},
           {"list files -- collect -f nodes -F base | grep -e nodes -e clp -e fwd/ -e providers/", 0,
            "nodes\tnode file, command line -f\n"
            "$R/etc/fwd/base.xml\tframework definition, command line -F\n"
@@ -465,19 +403,18 @@ TEST_F(Questions, ListsNamesAndEverythingThatARunReads) {
            "$R/etc/fwd/disk.xml\tframework definition, named at $R/etc/fwd/base.xml:4\n"
            "$R/etc/providers/probe.xml\tprovider document, named at $R/etc/fwd/base.xml:2\n"
            "$R/etc/providers/pair.xml\tprovider document, named at $R/etc/fwd/disk.xml:2\n"
-           "$R/etc/providers/gone.xml\tprovider document, named at $R/etc/fwd/disk.xml:2\n",
-           ""}});
+           "$R/etc/providers/gone.xml\tprovider document, named at $R/etc/fwd/disk.xml:2\n"}});
 }
 
 TEST_F(Questions, NodeExpressionsFoldAndUnfold) {
-  expect({{"nodes 'n[1-3],n4!n2&n[2-9]'", 0, "n[3-4]\n", ""},
-          {"nodes b a2 a10 a01", 0, "a[2,01,10],b\n", ""},
-          {"nodes --expand 'n[1-2]x[8-9]'", 0, "n1x8\nn1x9\nn2x8\nn2x9\n", ""},
-          {"nodes --count '@disks,n1'", 0, "3\n", ""},
-          {"nodes 'a!a'", 0, "", ""},
-          {"nodes @disk", 2, "",
-           "qorn-inspect: groups.xml has no group 'disk'; did you mean 'disks'?\n"},
-          {"nodes 'a,'", 2, "", "qorn-inspect: 'a,': a name is missing beside an operator\n"}});
+  expect(
+      {{"nodes 'n[1-3],n4!n2&n[2-9]'", 0, "n[3-4]\n"},
+       {"nodes b a2 a10 a01", 0, "a[2,01,10],b\n"},
+       {"nodes --expand 'n[1-2]x[8-9]'", 0, "n1x8\nn1x9\nn2x8\nn2x9\n"},
+       {"nodes --count '@disks,n1'", 0, "3\n"},
+       {"nodes 'a!a'", 0, ""},
+       {"nodes @disk", 2, "qorn-inspect: groups.xml has no group 'disk'; did you mean 'disks'?\n"},
+       {"nodes 'a,'", 2, "qorn-inspect: 'a,': a name is missing beside an operator\n"}});
 }
 
 TEST_F(Questions, GraphHasOneNodeForEachDocument) {
@@ -489,33 +426,33 @@ TEST_F(Questions, GraphHasOneNodeForEachDocument) {
            head + "  n0 [label=\"base\"];\n  n1 [label=\"disk\"];\n"
                   "  n2 [label=\"gone\" shape=ellipse style=dashed color=red];\n"
                   "  n3 [label=\"pair\" shape=ellipse];\n  n4 [label=\"probe\" shape=ellipse];\n"
-                  "  n0 -> n1;\n  n0 -> n4;\n  n1 -> n2;\n  n1 -> n3;\n}\n",
-           ""},
+                  "  n0 -> n1;\n  n0 -> n4;\n  n1 -> n2;\n  n1 -> n3;\n}\n"},
           {"graph --from base --reverse --depth 1", 0,
-           head + "  n0 [label=\"a\\\"&amp;\\\\\"];\n  n1 [label=\"base\"];\n  n0 -> n1;\n}\n", ""},
-          {"graph --from bse", 2, "",
+           head + "  n0 [label=\"a\\\"&amp;\\\\\"];\n  n1 [label=\"base\"];\n  n0 -> n1;\n}\n"},
+          {"graph --from bse", 2,
            "qorn-inspect: $R/etc/fwd/bse.xml: No such file or directory; did you mean 'base'?\n"}});
 }
 
 TEST_F(Questions, DiffComparesRootsAndRecords) {
-  namespace filesystem = std::filesystem;
   const TemporaryDirectory other;
-  filesystem::copy(at.path(), other.path(), filesystem::copy_options::recursive);
+  std::filesystem::copy(at.path(), other.path(), std::filesystem::copy_options::recursive);
   const std::string roots = "diff --root " + at.path() + " --root " + other.path() + " -- -F base";
-  expect({{roots + " -f nodes", 0, "", ""}});
+  expect({{roots + " -f nodes", 0, ""}});
   other.write("etc/fwd/disk.xml", fwd("<kb_mods><mod>b.clp</mod></kb_mods>"));
   other.write("etc/providers/probe.xml", provider("<timeout>7</timeout>"));
   other.write("kb/a.clp", "(defrule c\n");
-  expect({{roots + " -f nodes", 1,
-           "framework definitions\n"
-           "  + $QORN_ROOT/etc/fwd/disk.xml.kb_mods: $QORN_ROOT/kb/b.clp\n"
-           "  - $QORN_ROOT/etc/fwd/disk.xml.provider_groups: "
-           "{\"attributes\":{\"dependency_type\":\"non-blocking\"},\"members\":[\"pair\","
-           "\"gone\"]}\n"
-           "rules\n  - a\n  + c\n"
-           "providers\n  - pair\n  ~ probe.command: uname -a -> a\n  ~ probe.timeout: 5 -> 7\n",
-           ""},
-          {"diff nodes nodes", 2, "",
+  expect({{roots + " -f nodes", 1, R"(framework definitions
+  + $QORN_ROOT/etc/fwd/disk.xml.kb_mods: $QORN_ROOT/kb/b.clp
+  - $QORN_ROOT/etc/fwd/disk.xml.provider_groups: {"attributes":{"dependency_type":"non-blocking"},"members":["pair","gone"]}
+rules
+  - a
+  + c
+providers
+  - pair
+  ~ probe.command: uname -a -> a
+  ~ probe.timeout: 5 -> 7
+)"},
+          {"diff nodes nodes", 2,
            "qorn-inspect: nodes: not the record of a run, as QORN_RECORD writes it\n"}});
 }
 
