@@ -119,21 +119,17 @@ TEST_F(FwdParserTest, EveryElementOfADocumentReachesItsRecord) {
   installation.write("k/rules/one.clp", "(defrule one\n");
   installation.fwd("default", "<kb_path/><provider_path/><kb_mods config_file='d.xml'/>");
   installation.fwd("none", "<kb_mods config_path='/x/'/>");
-  installation.fwd(
-      "full",
-      "<fwd_desc> All\n of it </fwd_desc><custom_result>fine</custom_result>"
-      "<kb_mods config_file='c.xml' config_path='$FWD_DIR/b'><mod>rules/one.clp</mod></kb_mods>"
-      "<provider_path>$FWD_DIR/p</provider_path><kb_path>" +
-          installation.path("k") +
-          "</kb_path>"
-          "<provider_auxiliary_path>$FWD_DIR/a</provider_auxiliary_path>"
-          "<providers><provider>q</provider><provider>probe</provider></providers>"
-          "<analyzer_extension><entry>z</entry><entry>a</entry><entry>z</entry></"
-          "analyzer_extension>"
-          "<postproc_extensions config_file='t.xml'><entry>z</entry><entry>a</entry>"
-          "</postproc_extensions>"
-          "<message_catalogs><entry>m</entry><entry>m</entry></message_catalogs>"
-          "<message_schemas><entry>s.xml</entry><entry>$FWD_DIR/s.xml</entry></message_schemas>");
+  const std::string full_body = R"(<fwd_desc> All
+ of it </fwd_desc><custom_result>fine</custom_result>
+<kb_mods config_file='c.xml' config_path='$FWD_DIR/b'><mod>rules/one.clp</mod></kb_mods>
+<provider_path>$FWD_DIR/p</provider_path><kb_path>ROOT/k</kb_path>
+<provider_auxiliary_path>$FWD_DIR/a</provider_auxiliary_path>
+<providers><provider>q</provider><provider>probe</provider></providers>
+<analyzer_extension><entry>z</entry><entry>a</entry><entry>z</entry></analyzer_extension>
+<postproc_extensions config_file='t.xml'><entry>z</entry><entry>a</entry></postproc_extensions>
+<message_catalogs><entry>m</entry><entry>m</entry></message_catalogs>
+<message_schemas><entry>s.xml</entry><entry>$FWD_DIR/s.xml</entry></message_schemas>)";
+  installation.fwd("full", str::replace(full_body, "ROOT", installation.path()));
   RunResult result;
   for (const char* name : {"full", "default", "none"}) {
     ASSERT_EQ(load(name, result), 0) << result.errors;

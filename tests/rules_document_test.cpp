@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "test_installation.h"
+#include "test_tables.h"
 
 namespace qorn::testing {
 namespace {
@@ -29,51 +30,35 @@ std::string describe(const std::vector<Element>& elements) {
   return text;
 }
 
+// A document's content, the rules, and what is wrong. SLOT is a slot, RULE a rule.
+constexpr const char* DOCUMENTS = R"(
+<values/>
+<values> <!-- none --> </values>
+<!-- --> =>  => No rules found.\n
+<values><rule class='A' msg_id='m' analysis_extension='x' nodes='b,a,,b' severity='critical' list='1'><slot value_constraint='v' multislot_constraint='m' value='w'> s </slot></rule></values> => A,m,x,8,list a b{ s (v|m|w)}
+<values><rule class='B' severity='Warning' list='TRUE' nodes=''/><rule class='C' severity='warning' list='true'/></values> => B,,,0{}C,,,4,list{}
+<values><rule class='A'><and_statement><or_statement>SLOTSLOT</or_statement>SLOT</and_statement><not_statement>SLOT</not_statement></rule></values> => A,,,0{and{or{s(||)s(||)}s(||)}not{s(||)}}
+<values>RULE<rule/></values> => A,,,0{} => Rule attribute "class" must be defined.\n
+<values><rule class=''/></values> =>  => Attribute class cannot be empty.\n
+<values>RULE<rule class='B'><slot/></rule></values> => A,,,0{} => Content not found for slot.\n
+<values><rule class='B'><and_statement>SLOT</and_statement></rule></values> =>  => Control types <and,or> need to have at least 2 elements\n
+<values><rule class='B'><or_statement/></rule></values> =>  => Control types <and,or> need to have at least 2 elements\n
+<values><rule class='B'><not_statement/></rule></values> =>  => Control type <not> needs to have exactly 1 element\n
+<values><rule class='B'><not_statement>SLOTSLOT</not_statement></rule></values> =>  => Control type <not> needs to have exactly 1 element\n)";
+
 TEST(RulesDocument, RulesAreReadUpToTheFirstBadOne) {
-  struct Case {
-    std::string values;
-    std::string rules;
-    std::string error;  // empty: success
-  };
-  const std::string good = "<rule class='A'/>";
-  const std::string two = "Control types <and,or> need to have at least 2 elements";
-  const std::string one = "Control type <not> needs to have exactly 1 element";
-  const std::string slot = "<slot>s</slot>";
-  const std::vector<Case> cases = {
-      {"<values/>", "", ""},
-      {"<values> <!-- none --> </values>", "", ""},
-      {"", "", "No rules found."},
-      {"<values><rule class='A' msg_id='m' analysis_extension='x' nodes='b,a,,b' "
-       "severity='critical' list='1'><slot value_constraint='v' multislot_constraint='m' "
-       "value='w'> s </slot></rule><rule class='B' severity='Warning' list='TRUE' nodes=''/>"
-       "<rule class='C' severity='warning' list='true'/></values>",
-       "A,m,x,8,list a b{ s (v|m|w)}B,,,0{}C,,,4,list{}", ""},
-      {"<values><rule class='A'><and_statement><or_statement>" + slot + slot + "</or_statement>" +
-           slot + "</and_statement><not_statement>" + slot + "</not_statement></rule></values>",
-       "A,,,0{and{or{s(||)s(||)}s(||)}not{s(||)}}", ""},
-      {"<values>" + good + "<rule/></values>", "A,,,0{}",
-       "Rule attribute \"class\" must be defined."},
-      {"<values><rule class=''/></values>", "", "Attribute class cannot be empty."},
-      {"<values>" + good + "<rule class='B'><slot/></rule></values>", "A,,,0{}",
-       "Content not found for slot."},
-      {"<values><rule class='B'><and_statement>" + slot + "</and_statement></rule></values>", "",
-       two},
-      {"<values><rule class='B'><or_statement/></rule></values>", "", two},
-      {"<values><rule class='B'><not_statement/></rule></values>", "", one},
-      {"<values><rule class='B'><not_statement>" + slot + slot + "</not_statement></rule></values>",
-       "", one},
-  };
-  for (const Case& each : cases) {
-    SCOPED_TRACE(each.values);
-    const TemporaryDirectory directory;
+  const TemporaryDirectory directory;
+  for (const auto& row : rows_of(DOCUMENTS)) {
+    SCOPED_TRACE(row[0]);
+    const std::string content =
+        str::replace(str::replace(row[0], "SLOT", "<slot>s</slot>"), "RULE", "<rule class='A'/>");
     Config config;
     config.rules_xsd = installed("etc/rules_generator.xsd");
     config.rules_file =
-        directory.write("r.xml", "<rules_document>" + each.values + "</rules_document>");
-    const Printed text =
-        printed([&] { EXPECT_EQ(parseRulesXML(config), each.error.empty() ? 0 : 1); });
-    EXPECT_EQ(text.errors, each.error.empty() ? "" : each.error + "\n");
-    EXPECT_EQ(describe(config.rule_elements), each.rules);
+        directory.write("r.xml", "<rules_document>" + content + "</rules_document>");
+    const Printed text = printed([&] { EXPECT_EQ(parseRulesXML(config), row[2].empty() ? 0 : 1); });
+    EXPECT_EQ(text.errors, row[2]);
+    EXPECT_EQ(describe(config.rule_elements), row[1]);
   }
   std::vector<Element> out;
   const Printed text =
