@@ -129,12 +129,6 @@ TEST_F(FwdListingTest, WhatDoesNotLoadIsReportedWithoutATree) {
             "Failed to open and validate framework definition ROOT/etc/fwd/none.xml\n"
             "Please use the -X list option to print list of valid frameworks.\n"
             "Invalid XML File\n");
-  write_diamond();
-  installation.fwd("d", "<includes><include>fwd/a.xml</include></includes>");
-  EXPECT_EQ(output_of({"-X", "a"}), "");
-  EXPECT_EQ(errors,
-            "\n Circular depedency detected for ROOT/etc/fwd/a.xml in ROOT/etc/fwd/d.xml\n\n"
-            "Invalid XML File\n");
 }
 
 TEST_F(FwdListingTest, AGraphThatExplodesLoadsButIsNotListed) {

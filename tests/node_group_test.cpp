@@ -345,24 +345,5 @@ TEST_F(NodeGroupTest, CuttingGoesByTheParentsThatTheNodeLists) {
   EXPECT_TRUE(NodeGroupParser::cut_fwd(top, "/top")) << "found, with no parent to lose it";
 }
 
-TEST(ClusterDefinition, HoldsEachHostOnce) {
-  ClusterDefinition definition;
-  EXPECT_FALSE(definition.is_valid_data());
-  const auto first = host("b");
-  definition.insert_node_instance(first);
-  definition.insert_node_instance(*host("b"));
-  definition.insert_node_instance(*host("a"));
-  EXPECT_TRUE(definition.is_valid_data());
-  EXPECT_EQ(to_text("default-subcluster", definition), "default-subcluster: a b []");
-  EXPECT_EQ(definition.get_default_node_list()[1], first) << "the first one, shared";
-  EXPECT_TRUE(definition.is_node_present(*host("a")));
-  EXPECT_FALSE(definition.is_node_present(host("B")));
-  ClusterDefinition copy = definition;
-  copy.insert_node_instance(host("c"));
-  ASSERT_EQ(copy.get_nodes_difference(definition).size(), 1U);
-  EXPECT_EQ(copy.get_nodes_difference(definition)[0]->hostname, "c");
-  EXPECT_TRUE(definition.get_nodes_difference(copy).empty());
-}
-
 }  // namespace
 }  // namespace qorn
