@@ -159,23 +159,9 @@ int counted_main(int argc, char** argv, char** environment) {
 
 }  // namespace
 
+// The library's other forms of new end here, and its delete in free.
 void* operator new(std::size_t size) {
   return allocate(size);
-}
-void* operator new[](std::size_t size) {
-  return allocate(size);
-}
-void operator delete(void* block) noexcept {
-  std::free(block);
-}
-void operator delete[](void* block) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
-}
-void operator delete[](void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
 }
 
 extern "C" {
