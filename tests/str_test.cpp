@@ -81,7 +81,8 @@ TEST(Str, SplitsStripsAndReplaces) {
   EXPECT_EQ(str::replace("abc", "", "x"), "abc");
   EXPECT_EQ(str::upper("straße ä"), "STRAßE ä");
   EXPECT_EQ(str::printable("a\x1b[1m\n\x7f\tä"), "a\\x1b[1m\\x0a\\x7f\\x09ä");
-  EXPECT_EQ(str::printable("\u009b1m\u00a0\n\xc2", "\n"), "\\xc2\\x9b1m\u00a0\n\xc2");
+  EXPECT_EQ(str::printable("\u009b1m\u00a0\u015b\n\x9bm\xc2", "\n"),
+            "\\xc2\\x9b1m\u00a0\u015b\n\\x9bm\xc2");
   EXPECT_EQ(str::unescape_blanks("a\\ b\\\\ c\\d"), "a b\\ c\\d");
 }
 

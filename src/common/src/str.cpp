@@ -106,6 +106,22 @@ std::uint32_t get_num_permutations_from_string(const std::string& text, std::uin
   return number == 0 ? ALL_PERMUTATIONS : number;
 }
 
+namespace {
+
+/// The length in bytes of the UTF-8 sequence of several bytes at the start of `text`; 0 for none.
+std::size_t sequence_length(std::string_view text) {
+  const auto lead = static_cast<unsigned char>(text.front());
+  const std::size_t length = lead < 0xC2 || lead > 0xF4 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+  const std::string_view rest = text.substr(1, std::max<std::size_t>(length, 1) - 1);
+  const bool is_whole =
+      rest.size() + 1 == length && std::all_of(rest.begin(), rest.end(), [](char c) {
+        return (static_cast<unsigned char>(c) & 0xC0U) == 0x80;
+      });
+  return is_whole ? length : 0;
+}
+
+}  // namespace
+
 std::string printable(std::string_view text, std::string_view kept) {
   constexpr std::string_view HEX = "0123456789abcdef";
   std::string result;
@@ -113,18 +129,18 @@ std::string printable(std::string_view text, std::string_view kept) {
   const auto escape = [&](unsigned char byte) {
     result.append("\\x").append(1, HEX[byte >> 4U]).append(1, HEX[byte & 0xFU]);
   };
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const auto byte = static_cast<unsigned char>(text[i]);
-    const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : '\0');
-    if ((byte < 0x20 && kept.find(text[i]) == std::string_view::npos) || byte == 0x7F) {
-      escape(byte);
-    } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {  // U+0080 to U+009F
-      escape(byte);
-      escape(next);
-      ++i;
+  while (!text.empty()) {
+    const std::size_t length = std::max<std::size_t>(sequence_length(text), 1);
+    const auto byte = static_cast<unsigned char>(text.front());
+    const bool is_control = length == 1
+                                ? byte < 0x20 || (byte >= 0x7F && byte < 0xA0)
+                                : byte == 0xC2 && static_cast<unsigned char>(text[1]) < 0xA0;
+    if (is_control && kept.find(text.front()) == std::string_view::npos) {
+      std::for_each_n(text.begin(), length, escape);
     } else {
-      result.push_back(text[i]);
+      result.append(text, 0, length);
     }
+    text.remove_prefix(length);
   }
   return result;
 }
