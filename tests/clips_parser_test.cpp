@@ -152,7 +152,7 @@ TEST(RuleScan, ALoadedFileIsScannedAtThePlaceOfItsLine) {
 }
 
 TEST(RuleScan, AFileOnItsOwnChainIsNamedAndNotScannedAgain) {
-  RuleFiles files("(defrule r\n(batch* b)\n(id \"A\")\n(batch* ./r)\n");
+  RuleFiles files("(defrule r\n(batch* b)\n(id \"A\")\n(batch* ./r)\n(batch* ./r)\n");
   files.write("b", "(defrule b\n(batch* r)\n");
   const std::string words = " loads itself, directly or through others: not scanned again.\n";
   const std::string both =

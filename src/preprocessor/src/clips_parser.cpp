@@ -99,6 +99,9 @@ class ChainScan {
     }
     count_load(link.file->size);
     if (!on_chain_.insert(link.file->id).second) {
+      if (!reported_.insert(path).second) {
+        return;
+      }
       log::ErrorLog(log::level::ERROR).stream()
           << "The rule file " << str::printable(path)
           << " loads itself, directly or through others: not scanned again.";
@@ -196,6 +199,7 @@ class ChainScan {
   bool keep_files_;
   std::vector<Link> chain_;
   std::set<FileId> on_chain_;
+  std::set<std::string> reported_;  // files that load themselves
   std::size_t loaded_bytes_ = 0;
 };
 
