@@ -107,6 +107,7 @@ TEST_F(Programs, KeepTheRecordApartFromThePlan) {
   EXPECT_NE(outcome.err.find("Qorn cluster diagnostics"), std::string::npos);
   EXPECT_NE(outcome.err.find("Plan of the run"), std::string::npos);
   EXPECT_EQ(run("QORN_RECORD=/dev/stdout " + collect).out, outcome.out);
+  EXPECT_EQ(run("QORN_RECORD=/dev/fd/1 " + collect).err, outcome.err);
 
   directory_.write("old", "old");
   fs::permissions(folder_ / "old", fs::perms(0640));

@@ -10,6 +10,7 @@
 
 #include <fcntl.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <qorn/config.h>
@@ -139,14 +140,23 @@ int run_or_report(int argc, const char* const* argv, const char* record) {
   return EXIT_FAILURE;
 }
 
+/// Whether `name` leads to the file or pipe that standard output goes to. Written beside that, the
+/// record would mix with the plan; renamed onto it, it would take the plan's place.
+bool is_standard_output(const char* name) {
+  struct stat named {};
+  struct stat output {};
+  return stat(name, &named) == 0 && fstat(STDOUT_FILENO, &output) == 0 &&
+         !S_ISCHR(output.st_mode) && named.st_dev == output.st_dev && named.st_ino == output.st_ino;
+}
+
 /// The file that QORN_RECORD names: empty for none, STANDARD_OUTPUT for that.
 const char* record_target() {
   const char* target = std::getenv("QORN_RECORD");
   if (target == nullptr) {
     return "";
   }
-  // Renamed onto, the file behind the link would lose what else the stream wrote.
-  return std::string_view(target) == "/dev/stdout" ? STANDARD_OUTPUT : target;
+  return std::string_view(target) == "/dev/stdout" || is_standard_output(target) ? STANDARD_OUTPUT
+                                                                                 : target;
 }
 
 }  // namespace
