@@ -407,14 +407,14 @@ TEST_F(Questions, ListsNamesAndEverythingThatARunReads) {
 }
 
 TEST_F(Questions, NodeExpressionsFoldAndUnfold) {
-  expect(
-      {{"nodes 'n[1-3],n4!n2&n[2-9]'", 0, "n[3-4]\n"},
-       {"nodes b a2 a10 a01", 0, "a[2,01,10],b\n"},
-       {"nodes --expand 'n[1-2]x[8-9]'", 0, "n1x8\nn1x9\nn2x8\nn2x9\n"},
-       {"nodes --count '@disks,n1'", 0, "3\n"},
-       {"nodes 'a!a'", 0, ""},
-       {"nodes @disk", 2, "qorn-inspect: groups.xml has no group 'disk'; did you mean 'disks'?\n"},
-       {"nodes 'a,'", 2, "qorn-inspect: 'a,': a name is missing beside an operator\n"}});
+  expect({{"nodes 'n[1-3],n4!n2&n[2-9]'", 0, "n[3-4]\n"},
+          {"nodes b a2 a10 a01", 0, "a[2,01,10],b\n"},
+          {"nodes --expand 'n[1-2]x[8-9]'", 0, "n1x8\nn1x9\nn2x8\nn2x9\n"},
+          {"nodes --count '@disks,n1'", 0, "3\n"},
+          {"nodes 'a!a'", 0, ""},
+          {"nodes '@disk\x1b'", 2,
+           "qorn-inspect: groups.xml has no group 'disk\\x1b'; did you mean 'disks'?\n"},
+          {"nodes 'a,'", 2, "qorn-inspect: 'a,': a name is missing beside an operator\n"}});
 }
 
 TEST_F(Questions, GraphHasOneNodeForEachDocument) {

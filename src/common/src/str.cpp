@@ -99,8 +99,8 @@ std::uint32_t get_num_permutations_from_string(const std::string& text, std::uin
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
   if (error != std::errc() || end != digits.data() + digits.size()) {
     log::ErrorLog(log::level::WARNING).stream()
-        << "Invalid number of node list permutations '" << text << "' in " << source << ", using "
-        << current << " instead.";
+        << "Invalid number of node list permutations '" << printable(text) << "' in "
+        << printable(source) << ", using " << current << " instead.";
     return current;
   }
   return number == 0 ? ALL_PERMUTATIONS : number;

@@ -40,7 +40,7 @@ void list_frameworks(const Arguments& /*arguments*/) {
   const std::string root = node::get_default_path();
   ReferenceReader reader(root);
   for (const std::string& path : documents_in(root + "/etc/fwd")) {
-    std::cout << reader.framework_name(path) << '\n';
+    std::cout << str::printable(reader.framework_name(path)) << '\n';
   }
 }
 
@@ -50,7 +50,7 @@ void list_providers(const Arguments& /*arguments*/) {
     std::vector<xml::Fault> faults;
     if (kind_of(path, root, xml::read_document(path, faults)) == Kind::PROVIDER) {
       const std::size_t start = path.rfind('/') + 1;
-      std::cout << path.substr(start, path.size() - start - 4) << '\n';
+      std::cout << str::printable(path.substr(start, path.size() - start - 4)) << '\n';
     }
   }
 }
@@ -66,7 +66,7 @@ void list_groups(const Arguments& arguments) {
   for (const std::string& name :
        read_node_groups(run.config.node_group_file, run.config.root).names()) {
     if (printed.insert(name).second) {
-      std::cout << name << '\n';
+      std::cout << str::printable(name) << '\n';
     }
   }
 }

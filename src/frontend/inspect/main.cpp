@@ -9,6 +9,7 @@
 #include <unistd.h>
 
 #include <qorn/fs.h>
+#include <qorn/str.h>
 
 #include "check.h"
 #include "descriptor_buffer.h"
@@ -209,12 +210,12 @@ int run_or_report(int argc, char** argv) {
     return run(argc, argv);
   } catch (const Trouble& trouble) {
     if (*trouble.what() != '\0') {
-      std::cerr << "qorn-inspect: " << trouble.what() << '\n';
+      std::cerr << "qorn-inspect: " << str::printable(trouble.what(), "\n") << '\n';
     }
   } catch (const std::bad_alloc&) {
     std::cerr << "Out of memory\n";
   } catch (const std::exception& error) {
-    std::cerr << "qorn-inspect: " << error.what() << '\n';
+    std::cerr << "qorn-inspect: " << str::printable(error.what(), "\n") << '\n';
   }
   return WRONG_USE;
 }

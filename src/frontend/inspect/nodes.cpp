@@ -128,10 +128,11 @@ void print_nodes(const std::vector<std::string>& expressions, NodeForm form,
     return;
   }
   if (form == NodeForm::FOLD) {
-    std::cout << folded << '\n';
+    std::cout << str::printable(folded) << '\n';
     return;
   }
-  node::for_each_host(folded, [](std::string_view host) { std::cout << host << '\n'; });
+  node::for_each_host(folded,
+                      [](std::string_view host) { std::cout << str::printable(host) << '\n'; });
 }
 
 }  // namespace qorn::inspect

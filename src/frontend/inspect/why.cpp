@@ -365,8 +365,8 @@ void print_unreached(const std::string& name, const Explanation& explanation,
   std::vector<xml::Fault> faults;
   const bool exists = xml::read_document(path, faults) != nullptr;
   std::cout << "  " << str::printable(name) << ": does not run: framework reached: "
-            << (exists ? "nothing that is asked for includes " + path
-                       : path + ": " + faults.front().text)
+            << str::printable(exists ? "nothing that is asked for includes " + path
+                                     : path + ": " + faults.front().text)
             << did_you_mean(name, names) << '\n';
 }
 

@@ -81,8 +81,8 @@ class ProviderReader {
     const double value =
         xmlXPathCastStringToNumber(reinterpret_cast<const xmlChar*>(element.text.c_str()));
     if (std::isnan(value)) {
-      warn("The element <" + std::string(name) + "> in '" + file_ + "' holds no number: '" +
-           str::printable(element.text) + "'. Using the default instead.");
+      warn("The element <" + std::string(name) + "> in '" + str::printable(file_) +
+           "' holds no number: '" + str::printable(element.text) + "'. Using the default instead.");
       return false;
     }
     constexpr auto LOWEST = std::numeric_limits<Number>::min();
