@@ -178,6 +178,14 @@ std::string refusal(const Installation& installation) {
   return str::replace(result.errors.substr(0, end), installation.path("etc/qorn.xml"), "");
 }
 
+std::string many_namespaces(const std::string& prefix) {
+  std::string text;
+  for (int i = 0; i < 200; ++i) {
+    text.append("xmlns:").append(prefix).append(std::to_string(i)).append("='u' ");
+  }
+  return text;
+}
+
 TEST(HostileXml, EndsInItsReasonAtOnce) {
   const std::string entity = ": the document declares an entity, which no document may do\n";
   const std::string too_long = ":1: a text is longer than the limit of 10,000,000 bytes\n";
@@ -200,6 +208,11 @@ TEST(HostileXml, EndsInItsReasonAtOnce) {
       {"<configuration xmlns:xi='http://www.w3.org/2001/XInclude'>\n<xi:include href='x'/>"
        "</configuration>",
        ":2: Element '{http://www.w3.org/2001/XInclude}include': This element is not expected.\n"},
+      {"<a>\n<a " + repeated("a='' ", 257) + "/></a>",
+       ":2: an element has more than 256 attributes\n"},
+      {"<a " + many_namespaces("a") + ">\n<a " + many_namespaces("b") + "/></a>",
+       ":2: more than 256 namespaces are in force\n"},
+      {std::string("<configuration/>\n\0<a/>", 22), ":2: a NUL byte is no character\n"},
   };
   for (const auto& [document, reason] : cases) {
     const Installation installation;

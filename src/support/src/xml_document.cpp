@@ -15,6 +15,7 @@
 #include <qorn/str.h>
 #include <qorn/xml/document.h>
 
+#include "xml_bytes.h"
 #include "xml_errors.h"
 
 namespace qorn::xml {
@@ -23,6 +24,9 @@ namespace {
 constexpr std::size_t MOST_BYTES = 100'000'000;
 /// A document can have a fault in every element; nobody reads more than these.
 constexpr std::size_t MOST_FAULTS = 1000;
+/// libxml2 searches the namespaces in force one by one: thousands take minutes.
+constexpr int MOST_NAMESPACES = 256;
+constexpr const char* CROWDED = "an element has more than 256 attributes";
 constexpr const char* TEXT_TOO_LONG = "a text is longer than the limit of 10,000,000 bytes";
 
 struct ParserDeleter {
@@ -220,13 +224,29 @@ void take_text(void* context, const xmlChar* text, int length) {
   }
 }
 
+void start_element(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+                   int namespace_count, const xmlChar** namespaces, int attribute_count,
+                   int default_count, const xmlChar** attributes) {
+  if (static_cast<xmlParserCtxt*>(context)->nsNr > 2 * MOST_NAMESPACES) {  // prefix and URI each
+    stop_parser(context, "more than 256 namespaces are in force");
+    return;
+  }
+  xmlSAX2StartElementNs(context, name, prefix, uri, namespace_count, namespaces, attribute_count,
+                        default_count, attributes);
+}
+
+void restrict_parser(xmlParserCtxt& parser, Stop& stop) {
+  parser._private = &stop;
+  parser.sax->entityDecl = refuse_entity;
+  parser.sax->startElementNs = start_element;
+  parser.sax->characters = take_text;
+  parser.sax->ignorableWhitespace = take_text;
+}
+
 DocumentPtr parse(xmlParserCtxt& parser, const std::string& content, const std::string& file,
                   FaultCollector& collector) {
   Stop stop;
-  parser._private = &stop;
-  parser.sax->entityDecl = refuse_entity;
-  parser.sax->characters = take_text;
-  parser.sax->ignorableWhitespace = take_text;
+  restrict_parser(parser, stop);
   DocumentPtr doc(xmlCtxtReadMemory(&parser, content.data(), static_cast<int>(content.size()),
                                     file.c_str(), nullptr,
                                     XML_PARSE_NONET | XML_PARSE_BIG_LINES | XML_PARSE_COMPACT));
@@ -255,6 +275,14 @@ DocumentPtr parse_content(xmlParserCtxt& parser, std::string& content, const std
                           std::vector<Fault>& faults) {
   const std::size_t size = content.size();
   const std::size_t known = faults.size();
+  if (const long line = crowded_element(content); line > 0) {
+    faults.push_back({file, line, 0, Fault::Severity::ERROR, CROWDED});
+    return nullptr;
+  }
+  if (const long line = line_of_nul(content); line > 0) {
+    faults.push_back({file, line, 0, Fault::Severity::ERROR, "a NUL byte is no character"});
+    return nullptr;
+  }
   {
     FaultCollector collector(file, faults);
     content.append(LOOK_AHEAD, '\0');
