@@ -231,5 +231,24 @@ TEST(HostileXml, OtherFilesThanRegularOnesAndLargeOnesAreNotRead) {
   EXPECT_EQ(refusal(installation), ": not a regular file\n");
 }
 
+TEST(HostileXml, PartsOfASchemaAreReadLikeDocuments) {
+  const Installation installation;
+  installation.write("etc/entity.xsd", "<!DOCTYPE a [\n<!ENTITY e 'x'>]><a/>");
+  installation.write("etc/packed.xsd", std::string("\x1f\x8b\x08\0\0\0\0\0", 8));
+  ASSERT_EQ(mkfifo(installation.path("etc/pipe.xsd").c_str(), 0600), 0);
+  for (const std::string part :
+       {"entity.xsd:2: the document declares an entity, which no document may do",
+        "packed.xsd:1: Start tag expected, '<' not found", "pipe.xsd: not a regular file",
+        "missing.xsd: No such file or directory"}) {
+    installation.write("etc/qorn.xsd",
+                       "<xs:schema xmlns:xs='http://www.w3.org/2001/XMLSchema'><xs:include "
+                       "schemaLocation='" +
+                           part.substr(0, part.find(':')) +
+                           "'/><xs:element name='configuration'/></xs:schema>");
+    const std::string errors = refusal(installation);
+    EXPECT_NE(errors.find(installation.path("etc/") + part + "\n"), std::string::npos) << errors;
+  }
+}
+
 }  // namespace
 }  // namespace qorn::testing

@@ -7,6 +7,7 @@
 #include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
+#include <libxml/uri.h>
 #include <libxml/xmlerror.h>
 #include <libxml/xmlschemas.h>
 
@@ -141,6 +142,8 @@ class FaultCollector {
     faults_.resize(first_);
     add(std::move(fault));
   }
+
+  void set_out_of_memory() { out_of_memory_ = true; }
 
   void follow_includes() { follow_includes_ = true; }
 
@@ -297,19 +300,95 @@ DocumentPtr parse_content(xmlParserCtxt& parser, std::string& content, const std
   return parse(parser, content, file, collector);
 }
 
-/// While one lives, libxml2 fetches nothing from the network, whoever asks.
-class NoNetwork {
+/// While one lives, what a schema includes or imports is read as every document is.
+class SchemaPartReader {
  public:
-  NoNetwork() : previous_(xmlGetExternalEntityLoader()) {
-    xmlSetExternalEntityLoader(xmlNoNetExternalEntityLoader);
+  explicit SchemaPartReader(FaultCollector& collector)
+      : collector_(collector), previous_(xmlGetExternalEntityLoader()) {
+    current = this;
+    xmlSetExternalEntityLoader(&SchemaPartReader::load);
   }
-  NoNetwork(const NoNetwork&) = delete;
-  NoNetwork& operator=(const NoNetwork&) = delete;
-  ~NoNetwork() { xmlSetExternalEntityLoader(previous_); }
+  SchemaPartReader(const SchemaPartReader&) = delete;
+  SchemaPartReader& operator=(const SchemaPartReader&) = delete;
+  ~SchemaPartReader() {
+    xmlSetExternalEntityLoader(previous_);
+    current = nullptr;
+  }
+
+  /// Adds why a part was given up; false when none was.
+  bool report_stop() {
+    return stop_.reason != nullptr &&
+           collector_.add({part_, stop_.line, 0, Fault::Severity::ERROR, stop_.reason});
+  }
 
  private:
+  static xmlParserInput* load(const char* url, const char* /*id*/, xmlParserCtxt* parser) {
+    try {
+      return url == nullptr ? nullptr : current->read(url, *parser);
+    } catch (const std::bad_alloc&) {
+      current->collector_.set_out_of_memory();
+      return nullptr;
+    }
+  }
+
+  xmlParserInput* read(const std::string& url, xmlParserCtxt& parser) {
+    constexpr std::string_view FILE_SCHEME = "file://";
+    const std::string path = url.substr(url.starts_with(FILE_SCHEME) ? FILE_SCHEME.size() : 0);
+    std::string content;
+    std::string reason;
+    if (!fs::read_regular_file(path, MOST_BYTES, content, reason) &&
+        !fs::read_regular_file(unescape(path), MOST_BYTES, content, reason)) {
+      collector_.add({path, 0, 0, Fault::Severity::ERROR, reason});
+      xmlLastError.domain = XML_FROM_IO;  // so that an import, other than an include, is optional
+      xmlLastError.code = XML_IO_LOAD_ERROR;
+      return nullptr;
+    }
+    if (stop_.reason == nullptr) {
+      part_ = path;
+      stop_.line = crowded_element(content);
+      stop_.reason = stop_.line == 0 ? nullptr : CROWDED;
+    }
+    if (stop_.reason != nullptr) {
+      return nullptr;
+    }
+    restrict_parser(parser, stop_);
+    return new_input(content, url, parser);
+  }
+
+  static std::string unescape(const std::string& path) {
+    const std::unique_ptr<char, void (*)(void*)> text(
+        xmlURIUnescapeString(path.c_str(), 0, nullptr), xmlFree);
+    return text == nullptr ? path : text.get();
+  }
+
+  static xmlParserInput* new_input(const std::string& content, const std::string& url,
+                                   xmlParserCtxt& parser) {
+    xmlParserInputBuffer* buffer = xmlParserInputBufferCreateMem(
+        content.data(), static_cast<int>(content.size()), XML_CHAR_ENCODING_NONE);
+    if (buffer == nullptr) {
+      throw std::bad_alloc();
+    }
+    xmlParserInput* input = xmlNewIOInputStream(&parser, buffer, XML_CHAR_ENCODING_NONE);
+    if (input == nullptr) {
+      xmlFreeParserInputBuffer(buffer);
+      throw std::bad_alloc();
+    }
+    input->filename = xmlMemStrdup(url.c_str());
+    if (input->filename == nullptr) {
+      xmlFreeInputStream(input);
+      throw std::bad_alloc();
+    }
+    return input;
+  }
+
+  static SchemaPartReader* current;
+  FaultCollector& collector_;
   xmlExternalEntityLoader previous_;
+  std::string part_;
+  Stop stop_;
 };
+
+SchemaPartReader* SchemaPartReader::current = nullptr;
 
 ParserPtr new_parser() {
   std::vector<Fault> faults;
@@ -330,7 +409,7 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
   }
   FaultCollector collector(str::unescape_blanks(xsd), faults);
   collector.follow_includes();
-  const NoNetwork no_network;  // a schema's includes are read by libxml2 itself
+  SchemaPartReader reader(collector);
   const std::unique_ptr<xmlSchemaParserCtxt, SchemaParserDeleter> parser(
       xmlSchemaNewDocParserCtxt(schema->doc.get()));
   if (parser == nullptr) {
@@ -338,7 +417,7 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
   }
   schema->compiled.reset(xmlSchemaParse(parser.get()));
   collector.check_memory();
-  if (schema->compiled == nullptr) {
+  if (reader.report_stop() || schema->compiled == nullptr) {
     collector.fail("not a usable schema");
     return nullptr;
   }
