@@ -210,6 +210,8 @@ TEST(HostileXml, EndsInItsReasonAtOnce) {
        ":2: Element '{http://www.w3.org/2001/XInclude}include': This element is not expected.\n"},
       {"<a>\n<a " + repeated("a='' ", 257) + "/></a>",
        ":2: an element has more than 256 attributes\n"},
+      {"<!-- a <b\n" + repeated("=", 2000) + "\n-->\n<b/>",  // which has none
+       ":4: Element 'b': No matching global declaration available for the validation root.\n"},
       {"<a " + many_namespaces("a") + ">\n<a " + many_namespaces("b") + "/></a>",
        ":2: more than 256 namespaces are in force\n"},
       {std::string("<configuration/>\n\0<a/>", 22), ":2: a NUL byte is no character\n"},

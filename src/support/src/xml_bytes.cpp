@@ -13,25 +13,29 @@ long line_at(std::string_view content, std::size_t place) {
          std::count(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(place), '\n');
 }
 
-/// The number of attributes in what stands from a "<" up to the next one. The zeros of UTF-16 are
-/// passed over.
+/// The number of attributes in what stands from a "<" up to the next one: of quotes that open
+/// behind a "=". The zeros of UTF-16 are passed over.
 std::size_t count_attributes(std::string_view text) {
-  std::size_t count = 0;
-  char quote = '\0';
   const std::size_t name = text.find_first_not_of('\0', 1);
   if (name == std::string_view::npos || text[name] == '!' || text[name] == '?') {
     return 0;
   }
+  std::size_t count = 0;
+  char quote = '\0';
+  char previous = '\0';
   for (const char c : text.substr(name)) {
+    if (c == '\0' || c == ' ' || c == '\t' || c == '\r' || c == '\n') {
+      continue;
+    }
     if (quote != '\0') {
       quote = c == quote ? '\0' : quote;
     } else if (c == '"' || c == '\'') {
       quote = c;
+      count += previous == '=' ? 1 : 0;
     } else if (c == '>') {
       break;
-    } else if (c == '=') {
-      ++count;
     }
+    previous = c;
   }
   return count;
 }
