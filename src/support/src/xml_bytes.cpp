@@ -40,9 +40,24 @@ std::size_t count_attributes(std::string_view text) {
   return count;
 }
 
+/// Whether so many attributes could be there at all; most documents have fewer together.
+bool has_many_attributes(std::string_view content) {
+  std::size_t count = 0;
+  for (std::size_t place = content.find('='); place != std::string_view::npos;
+       place = content.find('=', place + 1)) {
+    if (++count > MOST_ATTRIBUTES) {
+      return true;
+    }
+  }
+  return false;
+}
+
 }  // namespace
 
 long crowded_element(std::string_view content) {
+  if (!has_many_attributes(content)) {
+    return 0;
+  }
   for (std::size_t start = content.find('<'); start != std::string_view::npos;) {
     const std::size_t next = content.find('<', start + 1);
     const std::string_view text = content.substr(start, next - start);
