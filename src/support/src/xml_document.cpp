@@ -14,6 +14,7 @@
 #include <qorn/fs.h>
 #include <qorn/log/error_log.h>
 #include <qorn/str.h>
+#include <qorn/xml.h>
 #include <qorn/xml/document.h>
 
 #include "xml_bytes.h"
@@ -218,11 +219,21 @@ void refuse_entity(void* context, const xmlChar* /*name*/, int /*type*/,
   stop_parser(context, "the document declares an entity, which no document may do");
 }
 
+/// Whether a text only sets the includes of a framework definition apart, which nobody asks for: a
+/// node for each would cost a tenth of the time for a document with many of them.
+bool is_between_includes(const xmlNode* parent, std::string_view text) {
+  return parent != nullptr && name_of(parent) == "includes" && parent->parent != nullptr &&
+         name_of(parent->parent) == "framework_definition" &&
+         text.find_first_not_of(" \t\n\r") == std::string_view::npos;
+}
+
 /// libxml2 checks its limit only for text that comes in several pieces.
 void take_text(void* context, const xmlChar* text, int length) {
+  const std::string_view view(reinterpret_cast<const char*>(text),
+                              static_cast<std::size_t>(length));
   if (length > XML_MAX_TEXT_LENGTH) {
     stop_parser(context, TEXT_TOO_LONG);
-  } else {
+  } else if (!is_between_includes(static_cast<xmlParserCtxt*>(context)->node, view)) {
     xmlSAX2Characters(context, text, length);
   }
 }
