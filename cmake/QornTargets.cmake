@@ -45,14 +45,16 @@ function(qorn_uses_regex source)
   endif()
 endfunction()
 
-# One layer of the library: the sources of this folder's src/, its headers in include/, and the
-# layers below it, which are all that it can see.
+# One layer of the library: the sources of this folder's src/, its installed headers in include/, those
+# for the layers above it alone in private/, and the layers below it, which are all that it can see.
 function(qorn_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 LAYER "" "" "SOURCES;BELOW;LIBRARIES")
   list(TRANSFORM LAYER_SOURCES PREPEND src/)
   add_library(${name} OBJECT ${LAYER_SOURCES})
-  target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include
-                                     PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
+  target_include_directories(
+    ${name}
+    PUBLIC ${CMAKE_CURRENT_SOURCE_DIR}/include ${CMAKE_CURRENT_SOURCE_DIR}/private
+    PRIVATE ${CMAKE_CURRENT_SOURCE_DIR}/src)
   target_link_libraries(${name} PUBLIC ${LAYER_BELOW} PRIVATE ${LAYER_LIBRARIES})
   qorn_target_settings(${name})
   qorn_precompile_headers(${name})

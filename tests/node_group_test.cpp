@@ -321,6 +321,83 @@ TEST_F(NodeGroupTest, TheDatabaseTouchesOnlyEmptyImplicitGroups) {
             "All*: m1 m2 []; e: m1 [] - e gone; filled*: z [] - e gone; rest*: m2 [] - e gone");
 }
 
+// What an engine put into the record: a null group, a definition that no root leads to, two trees
+// of one path.
+TEST_F(NodeGroupTest, AnEnginesOwnGroupsAreTakenAsTheyAre) {
+  RunResult result;
+  ASSERT_EQ(run("a=n1;b:a", result), 0) << result.errors;
+  testing::HandMadeGraph graph;
+  Config& config = result.config;
+  config.node_groups["null"] = nullptr;
+  auto& a = config.node_groups.at("a")->fwd_nodes;
+  a.insert({graph.node("lost"), graph.node("found")});
+  const auto parse = [&](const std::string& path) { parser.create_implicit_groups(path, config); };
+  parse("/lost");
+  EXPECT_EQ(to_text("All-except-nodegroup-a", *config.node_groups.at("All-except-nodegroup-a")),
+            "All-except-nodegroup-a*: n2 n3 n4 n5 [b] - a")
+      << "stays as it is";
+  config.node_groups.erase("All-except-nodegroup-a");
+  const std::string errors = testing::printed([&] {
+                               parse("/lost");
+                               parse("/found");
+                             }).errors;
+  EXPECT_EQ(errors, "Failed to add All-except-nodegroup-ato list of groups\n");
+  EXPECT_EQ(to_text("All-except-nodegroup-a", *config.node_groups.at("All-except-nodegroup-a")),
+            "All-except-nodegroup-a*: n2 n3 n4 n5 [] - a");
+  a.clear();
+  const auto top = config.fwds->roots[0];
+  const std::string d = installation.path("etc/fwd/d.xml");
+  a.insert({top->find(d), top->find(d)});
+  EXPECT_EQ(parser.create_all_group(config), 0);
+  for (const auto& tree : config.node_groups.at("All")->fwd_nodes) {
+    EXPECT_EQ(tree_of(*tree), tree->fwd->name == "top" ? "top (b) (c)" : "solo");
+  }
+  installation.write("groups.xml",
+                     "<nodegroup_config><nodegroup name='null'><nodes><node>n1</node></nodes>"
+                     "</nodegroup>" +
+                         body_of("solo:null;solo:null") + "</nodegroup_config>");
+  testing::printed([&] { EXPECT_EQ(parser.parse_group_file(config), 1); });
+  EXPECT_TRUE(config.node_groups.empty());
+}
+
+TEST_F(NodeGroupTest, OnlyTreesThatNobodyElseHoldsAreTakenApart) {
+  RunResult result;
+  ASSERT_EQ(run("a=n1;b:a", result), 0) << result.errors;
+  Config& config = result.config;
+  const auto top = config.fwds->roots[0];
+  const std::string whole = tree_of(*top);
+  const auto add = [&](const std::string& group, const std::shared_ptr<FwdNode>& tree) {
+    auto& entry = config.node_groups[group];
+    entry = entry == nullptr ? std::make_shared<ClusterDefinition>() : entry;
+    entry->fwd_nodes.insert(tree);
+  };
+  const std::vector<std::pair<const char*, std::function<void()>>> operations = {
+      {"All", [&] { parser.create_all_group(config); }},
+      {"empty", [&] { parser.update_nodes_from_db(config); }},
+      {"empty", [&] { EXPECT_EQ(parser.parse_group_file(config), 1); }}};
+  installation.write("groups.xml",
+                     "<nodegroup_config>" + body_of("g=n1;b:g;b:g") + "</nodegroup_config>");
+  for (const auto& [group, operation] : operations) {
+    const auto held_inside = top->clone();
+    const auto leaf = held_inside->groups[0].members[0]->groups[0].members[0];
+    const auto held = top->clone();
+    std::weak_ptr<FwdNode> free = top->clone();
+    for (const auto& tree : {top, held, held_inside, free.lock()}) {
+      add(group, tree);
+    }
+    std::weak_ptr<FwdNode> inside = held_inside;
+    const_cast<std::shared_ptr<FwdNode>&>(held_inside).reset();
+    testing::printed(operation);
+    EXPECT_TRUE(free.expired());
+    EXPECT_EQ(tree_of(*top), whole);
+    EXPECT_EQ(tree_of(*held), whole);
+    ASSERT_FALSE(inside.expired());
+    EXPECT_EQ(tree_of(*inside.lock()), whole);
+    release_tree(held);
+    release_tree(leaf);
+  }
+}
+
 // Only a hand-made node has several parents in one tree.
 TEST_F(NodeGroupTest, CuttingGoesByTheParentsThatTheNodeLists) {
   testing::HandMadeGraph graph;

@@ -148,7 +148,7 @@ class Groups {
  public:
   Groups(const Config& config, const Node& node) : config_(config) {
     for (const auto& [name, group] : config.node_groups) {
-      if (group->is_node_present(node)) {
+      if (group != nullptr && group->is_node_present(node)) {
         mine_.insert(name);
         for (const auto& tree : group->fwd_nodes) {
           add_tree(*tree, name);

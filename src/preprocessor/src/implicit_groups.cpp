@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <qorn/detail/unheld_trees.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/node_group_parser.h>
 
@@ -44,16 +45,20 @@ std::string name_of_rest(const std::set<std::string>& excluded) {
   return name;
 }
 
-/// Adds the clone to the implicit group of that name; false when there is none.
-bool add_to_present_group(const std::string& name, const std::shared_ptr<FwdNode>& clone,
-                          Config& config) {
+/// The implicit group of that name that runs something; null when there is none.
+ClusterDefinition* present_group(const std::string& name, const Config& config) {
   for (const auto& [key, group] : config.node_groups) {
     if (is_implicit(group) && !group->fwd_nodes.empty() && group->name == name) {
-      group->fwd_nodes.insert(clone);
-      return true;
+      return group.get();
     }
   }
-  return false;
+  return nullptr;
+}
+
+void add_tree(const std::shared_ptr<FwdNode>& clone, ClusterDefinition& group) {
+  if (clone != nullptr) {
+    group.fwd_nodes.insert(clone);
+  }
 }
 
 /// Adds those of `nodes`, which are in name order, that no group in `excluded` holds.
@@ -119,6 +124,16 @@ bool cut(const std::shared_ptr<FwdNode>& copy, const std::string& path,
   return true;
 }
 
+/// The paths of a group's trees, sorted; of two trees of one path both.
+std::vector<std::string> tree_paths(const ClusterDefinition& group) {
+  std::vector<std::string> paths;
+  for (const auto& tree : group.fwd_nodes) {
+    paths.push_back(tree->fwd->path);
+  }
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
 /// Cuts what the explicit groups name out of a root's copy and records the first group's cuts.
 /// Returns whether a group names the root itself.
 bool cut_claimed(const std::shared_ptr<FwdNode>& copy, const std::string& root_path,
@@ -129,7 +144,7 @@ bool cut_claimed(const std::shared_ptr<FwdNode>& copy, const std::string& root_p
       continue;
     }
     std::set<std::string> removed_paths;
-    for (const std::string& path : group->get_root_fwd_path()) {
+    for (const std::string& path : tree_paths(*group)) {
       std::vector<std::shared_ptr<FwdNode>> removed;
       if (path == copy->fwd->path) {
         claimed = true;
@@ -161,24 +176,9 @@ void fill_from_database(ClusterDefinition& group, const Config& config) {
   insert_all(config.cluster_definition->get_nodes_difference(excluded), group);
 }
 
-using Trees = std::set<std::shared_ptr<const FwdNode>>;
-
-/// Takes those of `trees` apart that no group runs any more.
-void release_unused(Trees trees, const Config& config) {
-  for (const auto& [name, group] : config.node_groups) {
-    if (group == nullptr) {
-      continue;
-    }
-    for (const auto& tree : group->fwd_nodes) {
-      trees.erase(tree);
-    }
-  }
-  std::for_each(trees.begin(), trees.end(), release_tree);
-}
-
 /// Drops the groups that a run can't use.
 void drop_groups_without_data(Config& config) {
-  Trees dropped;
+  std::set<std::shared_ptr<const FwdNode>> dropped;
   std::erase_if(config.node_groups, [&](const auto& entry) {
     const auto& group = entry.second;
     const bool usable = group != nullptr && group->is_valid_data();
@@ -187,7 +187,7 @@ void drop_groups_without_data(Config& config) {
     }
     return !usable;
   });
-  release_unused(std::move(dropped), config);
+  detail::release_unheld(dropped);
 }
 
 }  // namespace
@@ -234,14 +234,14 @@ int NodeGroupParser::create_implicit_groups(std::string fwd_path, Config& config
 void NodeGroupParser::create_implicit_group(const std::string& fwd_path, const SharedNodes& nodes,
                                             Config& config) {
   const std::set<std::string> excluded = groups_that_run(fwd_path, config);
-  const std::shared_ptr<FwdNode> found =
-      excluded.empty() ? nullptr : find_in_roots(*config.fwds, fwd_path);
-  if (found == nullptr) {
+  if (excluded.empty()) {
     return;
   }
   const std::string name = name_of_rest(excluded);
-  const std::shared_ptr<FwdNode> clone = found->clone();
-  if (add_to_present_group(name, clone, config)) {
+  const std::shared_ptr<FwdNode> found = find_in_roots(*config.fwds, fwd_path);
+  const std::shared_ptr<FwdNode> clone = found == nullptr ? nullptr : found->clone();
+  if (ClusterDefinition* present = present_group(name, config)) {
+    add_tree(clone, *present);
     return;
   }
   auto group = std::make_shared<ClusterDefinition>();
@@ -249,7 +249,7 @@ void NodeGroupParser::create_implicit_group(const std::string& fwd_path, const S
   group->name = name;
   insert_outside(nodes, excluded, config, *group);
   group->excluded_groups = excluded;
-  group->fwd_nodes.insert(clone);
+  add_tree(clone, *group);
   if (!config.node_groups.emplace(name, group).second) {
     log::ErrorLog(log::level::ERROR).stream() << "Failed to add " << name << "to list of groups";
     release_tree(clone);
@@ -283,11 +283,13 @@ int NodeGroupParser::create_all_group(Config& config) {
       all->fwd_nodes.insert(copy);
     }
   }
+  std::set<std::shared_ptr<const FwdNode>> replaced;
   std::shared_ptr<ClusterDefinition>& entry = config.node_groups[ALL];
-  const std::shared_ptr<ClusterDefinition> earlier = std::exchange(entry, all);
-  if (earlier != nullptr) {
-    release_unused(earlier->fwd_nodes, config);
+  if (entry != nullptr) {
+    replaced = entry->fwd_nodes;
   }
+  entry = std::move(all);
+  detail::release_unheld(replaced);
   return 0;
 }
 

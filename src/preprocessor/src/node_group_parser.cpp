@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include <qorn/detail/unheld_trees.h>
 #include <qorn/fs.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
@@ -24,6 +25,17 @@ std::string fwd_path_of(const std::string& name, const Config& config) {
 
 bool has_historic_subcluster(const Config& config) {
   return std::any_of(config.nodes.begin(), config.nodes.end(), historic_subcluster_present);
+}
+
+void drop_all_groups(Config& config) {
+  std::set<std::shared_ptr<const FwdNode>> trees;
+  for (const auto& [name, group] : config.node_groups) {
+    if (group != nullptr) {
+      trees.insert(group->fwd_nodes.begin(), group->fwd_nodes.end());
+    }
+  }
+  config.node_groups.clear();
+  detail::release_unheld(trees);
 }
 
 void add_nodes(node::Nodelist&& list, ClusterDefinition& group) {
@@ -59,10 +71,7 @@ int NodeGroupParser::parse_group_file(Config& config) {
   std::set<std::string> seen;
   for (xmlNode* element : xml::get_child_nodes(root, "fwd")) {
     if (parse_fwd_node(element, config, seen) == 1) {
-      for (const auto& [name, group] : config.node_groups) {
-        std::for_each(group->fwd_nodes.begin(), group->fwd_nodes.end(), release_tree);
-      }
-      config.node_groups.clear();
+      drop_all_groups(config);
       return 1;
     }
   }
@@ -151,7 +160,7 @@ int NodeGroupParser::parse_fwd_node(xmlNode* fwd_element, Config& config,
   bool used = false;
   for (const std::string& group : xml::get_str_list(groups, "group")) {
     const auto entry = config.node_groups.find(group);
-    if (entry != config.node_groups.end()) {
+    if (entry != config.node_groups.end() && entry->second != nullptr) {
       entry->second->fwd_nodes.insert(clone);
       used = true;
     }
