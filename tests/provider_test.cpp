@@ -223,6 +223,11 @@ TEST_F(ProviderTest, StandardProvidersAreReadAtOnce) {
   installation.write("etc/providers/bad.xml", "<configuration/>");
   EXPECT_EQ(collect(tag(""), log::level::DEBUG), 0);
   EXPECT_EQ(errors, "");
+  config.providers = {{"", std::make_shared<provider_config>()}};
+  const std::string unnamed = "<standard_providers><provider/><provider>probe</provider>";
+  EXPECT_EQ(collect(unnamed + "</standard_providers>", log::level::DEBUG), 0);
+  EXPECT_EQ(errors, "provider(s): , probe\n");
+  config.providers.clear();
   const std::string timeout = "<timeout scale='squared'>8</timeout>";
   EXPECT_EQ(collect(timeout + tag("zz probe zz"), log::level::DEBUG), 0);
   EXPECT_EQ(errors, "provider(s): probe, zz\n");
@@ -234,6 +239,45 @@ TEST_F(ProviderTest, StandardProvidersAreReadAtOnce) {
   EXPECT_EQ(collect(tag("none bad later")), 1);
   EXPECT_EQ(config.providers.size(), 3U);
   EXPECT_EQ(config.providers.at("none")->command, "");
+}
+
+// What two definitions note, ";" between them, the documents beside etc/providers/NAME.xml that
+// exist (those that begin with "!" are bad), and then NAME=definitions of each provider of the run.
+constexpr const char* NOTED_NAMES = R"(
+site/gpu;site/gpu => site/gpu => gpu=a b
+site/gpu site/gpu; => site/gpu => gpu=a
+sub/inner;inner => sub/inner inner => inner=b
+inner;sub/inner => sub/inner inner => inner=a
+sub/inner;inner => sub/inner !inner => inner=a
+b/inner;a/inner => a/inner b/inner => inner=a
+b/inner;a/inner => a/inner !b/inner => inner=b
+gone probe;!none => !none => probe=a)";
+
+TEST_F(ProviderTest, AProviderIsKnownByTheNameThatItsFileGives) {
+  for (const auto& row : rows_of(NOTED_NAMES)) {
+    SCOPED_TRACE(row[0]);
+    const testing::Installation at;
+    for (const std::string& file : str::split(row[1], ' ', false)) {
+      at.write("etc/providers/" + str::strip(file, "!") + ".xml",
+               file[0] == '!' ? "<configuration/>"
+                              : "<configuration><command>" + file + "</command></configuration>");
+    }
+    const std::vector<std::string> noted = str::split(row[0], ';', true);
+    at.fwd("a", "<providers>" + elements("provider", noted[0]) + "</providers>");
+    at.fwd("b", "<providers>" + elements("provider", noted[1]) + "</providers>");
+    testing::RunResult result;
+    EXPECT_EQ(at.run({"01", "-f", at.nodes, "-F", "a", "-F", "b"}, result), 0) << result.errors;
+    std::vector<std::string> providers;
+    for (const auto& [name, provider] : result.config.providers) {
+      EXPECT_EQ(provider->name, name);
+      std::set<std::string> fwds;
+      for (const Fwd* fwd : provider->fwds) {
+        fwds.insert(fwd->name);
+      }
+      providers.push_back(name + "=" + joined(fwds, " "));
+    }
+    EXPECT_EQ(joined(providers, ";"), row[2]);
+  }
 }
 
 // Options of the provider "p", its sets as id/timeout/scale and environment (QP_ is

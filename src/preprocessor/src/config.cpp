@@ -72,7 +72,7 @@ void log_providers(const std::set<std::string>& names) {
   }
   std::string text;
   for (const std::string& name : names) {
-    text.append(text.empty() ? "" : ", ").append(name);
+    text.append(&name == &*names.begin() ? "" : ", ").append(name);
   }
   log::debug(str::word_wrap(text, 80, "provider(s): "));
 }

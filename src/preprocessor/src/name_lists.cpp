@@ -1,4 +1,9 @@
+#include <algorithm>
 #include <exception>
+#include <map>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
 
 #include <qorn/datastore/datastore_parse_utility.h>
 #include <qorn/fs.h>
@@ -10,45 +15,62 @@
 namespace qorn::preproc {
 namespace {
 
-/// Takes `provider` out of the providers where it stands under `name`.
-void forget(Config& config, const std::string& name,
-            const std::shared_ptr<provider_config>& provider) {
-  const auto found = config.providers.find(name);
-  if (found != config.providers.end() && found->second == provider) {
-    config.providers.erase(found);
-  }
-}
+using ProviderPtr = std::shared_ptr<provider_config>;
 
-/// Reads the document of a provider that was noted under the name in a framework definition; the
-/// map then holds what was read, under the name that the document's file gives it.
-void add_provider(const std::shared_ptr<provider_config>& provider, Config& config,
-                  ProviderDocuments& documents) {
-  const std::string noted = provider->name;
-  provider->config_file =
-      fs::abspath(Preprocessor::provider_path(provider->config_dir, provider->name));
-  const int status =
-      read_provider_config(*provider, provider->config_file, config, provider->aux_path, documents);
-  if (status != 0 || noted != provider->name) {
-    forget(config, noted, provider);
+/// The providers that framework definitions name, while their documents are read.
+class NamedProviders {
+ public:
+  explicit NamedProviders(Config& config) : config_(config) {
+    for (const auto& [name, provider] : config.providers) {
+      noted_.emplace(provider, name);
+    }
   }
-  if (status != 0) {
-    forget(config, provider->name, provider);
-  } else {
-    config.providers.try_emplace(provider->name, provider);
+
+  /// Reads the document under the record's present name, which an earlier reading may have changed.
+  void visit(const ProviderPtr& provider) {
+    noted_.try_emplace(provider, provider->name);
+    visited_.insert(provider);
+    provider->config_file =
+        fs::abspath(Preprocessor::provider_path(provider->config_dir, provider->name));
+    if (read_provider_config(*provider, provider->config_file, config_, provider->aux_path,
+                             documents_) == 0) {
+      read_[provider->name].push_back(provider);
+    }
   }
-}
+
+  /// Lets the map hold, of what definitions name, what was read, under the name that the reading
+  /// gave: of several records the one that was noted under that very name, else the first.
+  void settle() {
+    std::erase_if(config_.providers,
+                  [&](const auto& entry) { return visited_.count(entry.second) != 0; });
+    for (const auto& [name, records] : read_) {
+      const auto own = std::find_if(records.begin(), records.end(), [&](const ProviderPtr& each) {
+        return noted_.at(each) == name;
+      });
+      config_.providers.try_emplace(name, own == records.end() ? records.front() : *own);
+    }
+  }
+
+ private:
+  Config& config_;
+  ProviderDocuments documents_;
+  std::unordered_map<ProviderPtr, std::string> noted_;  // name before any reading
+  std::unordered_set<ProviderPtr> visited_;
+  std::map<std::string, std::vector<ProviderPtr>> read_;  // in the order of success
+};
 
 }  // namespace
 
 bool Preprocessor::build_provider_list(Config& config) {
-  ProviderDocuments documents;
+  NamedProviders named(config);
   for (const auto& [path, fwd] : config.fwds->by_path) {
     for (auto& group : fwd->provider_groups) {
       for (const auto& provider : group) {
-        add_provider(provider, config, documents);
+        named.visit(provider);
       }
     }
   }
+  named.settle();
   return !config.providers.empty();
 }
 
