@@ -81,6 +81,10 @@ TEST(Datastore, AReadingRunRefusesWhatItCantReadAndAWritingRunMakesItsFile) {
       {"10", "", "", "-", "Cannot find any data sources type for 'DATA'.\n" + unparsed},
       {"10", ",DIR/good.db", "", "-", "The datastore '' names no file.\n" + failed},
       {"10", "-", "<datastore type='oracle'/>", "-", unparsed.substr(1)},
+      {"10", "-", "\n<datastore name='X' source='DIR/good.db' read_only='ture'/>",
+       "X:sqlite:source=DIR/good.db|read_only=true ",
+       "DIR/etc/qorn.xml:2: the datastore 'X' has read_only 'ture', which is neither 'true' nor "
+       "'false'. Using the default instead.\n"},
   };
   for (const StoreCase& each : cases) {
     const Installation installation;

@@ -41,6 +41,24 @@ std::string& install_path() {
   return path;
 }
 
+/// Reads the attribute read_only; false, leaving `read_only` alone, when it is absent or no word of
+/// it.
+bool read_access(const xmlNode* node, const std::string& store, bool& read_only) {
+  std::string word;
+  if (!xml::get_attr(node, "read_only", word)) {
+    return false;
+  }
+  if (word != "true" && word != "false") {
+    log::ErrorLog(log::level::WARNING).stream()
+        << to_string(xml::place_of(node)) << ": the datastore '" << str::printable(store)
+        << "' has read_only '" << str::printable(word)
+        << "', which is neither 'true' nor 'false'. Using the default instead.";
+    return false;
+  }
+  read_only = word == "true";
+  return true;
+}
+
 DataStoreConfig read_datastore(const xmlNode* node, const DataStoreConfig& default_config) {
   DataStoreConfig config = default_config;
   std::string type = "sqlite";
@@ -54,9 +72,7 @@ DataStoreConfig read_datastore(const xmlNode* node, const DataStoreConfig& defau
   std::string source;
   bool read_only = false;
   parse_sqlite_params(default_config.parameters, source, read_only);
-  std::string word;
-  const bool has_read_only = xml::get_attr(node, "read_only", word);
-  read_only = has_read_only ? word == "true" : read_only;
+  const bool has_read_only = read_access(node, config.name, read_only);
   if (xml::get_attr(node, "source", source)) {
     config.parameters = named_source_parameters(source, read_only);
   } else if (has_read_only) {

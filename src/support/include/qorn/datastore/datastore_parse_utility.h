@@ -36,15 +36,14 @@ struct DataStore {
 /// The datastore layer's operations; it keeps the list of stores for the process.
 class DataStoreParseUtility {
  public:
-  DataStoreParseUtility() = delete;
-
   /// The installation root, for the datastore extensions of the engines.
   static void set_default_install_path(const std::string& path);
   static const std::string& get_default_install_path();
 
   /// The configurations that a datastore_extensions element describes, with `default_config` for
   /// what it leaves out; a null node, or an element with nothing in it, gives `default_config`
-  /// alone. Throws std::runtime_error for a type that is not known.
+  /// alone. A read_only that is neither "true" nor "false" gives a line at level 4, and the default
+  /// counts. Throws std::runtime_error for a type that is not known.
   static std::vector<DataStoreConfig> parse_db_configs(const xmlNode* node,
                                                        const DataStoreConfig& default_config);
 
