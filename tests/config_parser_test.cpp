@@ -98,7 +98,7 @@ TEST_F(ConfigParserTest, AnInvalidLevelOfTheCommandLineCountsOnlyWithAnAnalyzer)
 constexpr const char* PARAMETERS = R"(
 SUPPRESS =>  => 0
 SUPPRESS<config/> =>  => 0 => n/75/i/0;/0//0;
-<config><a>1</a><empty/><b><!--c-->2</b><d> 3 </d></config> => /a=1;/b=c;/d= 3 ; => 0
+<config><a>1</a><empty/><b><!--c-->2</b><d> 3 </d><e><?p?>4</e><f><?p d?></f></config> => /a=1;/b=c;/d= 3 ;/e=;/f=d; => 0
 <config><a><entry>1</entry><other>x</other><entry>2</entry></a></config> => /a=1,2; => 0
 <config><g><a>1</a><b>2</b></g><h><c>3</c></h></config> => g/a=1;g/b=1,2;h/c=3; => 0
 <config><g><a>1</a><l><entry>x</entry></l><e/><b>2</b><m><z/></m></g></config> => g/a=1;g/l=x;g/b=x,2;g/m=; => 0
@@ -135,6 +135,20 @@ TEST_F(ConfigParserTest, AnAgeIsConvertedWhereverItCameFromAndMustBeANumber) {
     EXPECT_EQ(installation_.run({"10", "-F", "base"}, result), 1);
     EXPECT_EQ(result.errors, "stoul\n");
   }
+}
+
+// 10,000,000 values, which the parameters of one group multiply to.
+TEST_F(ConfigParserTest, AGroupsValuesAreBounded) {
+  installation_.configure("<analyzer><config>\n<g><l>" + repeated("<entry/>", 100'000) + "</l>\n" +
+                          repeated("<p>1</p>", 98) +
+                          "\n<q>2</q><r/>\n<s>3</s></g></config></analyzer>");
+  RunResult result;
+  EXPECT_EQ(installation_.run({"10", "-F", "base"}, result), 1);
+  EXPECT_EQ(
+      installation_.without_root(result.errors),
+      "ROOT/etc/qorn.xml:4: the group 'g' brings the values of grouped parameters to more than "
+      "10,000,000: each parameter of a group holds the values of those ahead of it.\n");
+  EXPECT_EQ(result.config.config_params.size(), 99U);
 }
 
 TEST_F(ConfigParserTest, SuppressionsOfACallerAreTheProductOfTheirKeys) {
@@ -263,6 +277,11 @@ TEST_F(ConfigParserTest, Reports) {
   }
   templates::Reports_kb_t variant;
   EXPECT_EQ(parse_constraints(nullptr, variant), 1);
+  std::vector<xml::Fault> faults;
+  const xml::DocumentPtr doc =
+      xml::read_document(file("c", "<message_id>good</message_id><message_id/>"), faults);
+  printed([&] { EXPECT_EQ(parse_constraints(xml::root_of(doc), variant), 1); });
+  EXPECT_EQ(variant.message_id, "good");
 }
 
 // A document is tried as a table first; what that says against it counts only when it is no
@@ -279,8 +298,6 @@ TEST_F(ConfigParserTest, TablesComeBeforeReports) {
   const std::string bad_table =
       "ROOT/etc/postprocessor/bad.xml:1: Element 'neither': No matching global declaration "
       "available for the validation root.\n";
-  const std::string report_as_table =
-      str::replace(str::replace(bad_table, "bad.xml", "r.xml"), "neither", "postproc_reports");
   const std::string column =
       "Postprocessor table config parse fail for col namehalf col message-id\n";
   const std::string failed =
@@ -295,9 +312,10 @@ TEST_F(ConfigParserTest, TablesComeBeforeReports) {
   };
   const std::vector<Case> cases = {{"t.xml", 0, 2, 0, column},
                                    {"r.xml", 0, 0, 1, ""},
-                                   {"r.xml t.xml", 0, 2, 0, column + report_as_table},
+                                   {"r.xml t.xml", 0, 2, 0, column},
                                    {"bad.xml t.xml", 0, 2, 0, column + bad_table},
-                                   {"r.xml bad.xml", 1, 0, 1, bad_table + failed}};
+                                   {"r.xml bad.xml", 1, 0, 1, bad_table + failed},
+                                   {"bad.xml r.xml", 1, 0, 0, bad_table + failed}};
   for (const Case& each : cases) {
     SCOPED_TRACE(each.files);
     Texts arguments{"10", "-l", "warning", "-F", "base", "-D", installation_.write("x.db", "")};
@@ -310,11 +328,32 @@ TEST_F(ConfigParserTest, TablesComeBeforeReports) {
     EXPECT_EQ(installation_.without_root(result.errors), each.errors);
     EXPECT_EQ(result.config.postproc_tables.size(), each.tables);
     EXPECT_EQ(result.config.postproc_reports.size(), each.reports);
+    EXPECT_EQ(result.notes.passed_over.size(), each.files == "r.xml t.xml" ? 1U : 0U);
+    for (const auto& note : result.notes.passed_over) {
+      EXPECT_EQ(note.kind, preproc::RunNotes::PassedOver::Kind::REPORT);
+      EXPECT_EQ(note.what, installation_.path("etc/postprocessor/r.xml"));
+    }
     if (each.tables > 0) {
       const std::pair<std::string, std::string> only{"n", "m"};
       EXPECT_EQ(result.config.postproc_tables.at("t"), std::vector{only});
     }
   }
+}
+
+// Engines take their addresses, and call them with names that they compute.
+TEST_F(ConfigParserTest, OperationsHaveOneFormEach) {
+  const std::vector readers = {&preproc::ConfigParser::parse_postproc_table_config,
+                               &preproc::ConfigParser::parse_postproc_reports_config};
+  Config config;
+  config.postproc_config_files = {file("postproc_reports", "")};
+  EXPECT_EQ((parser_.*readers[1])(config, reports_xsd_), 0);
+  std::vector<xml::Fault> faults;
+  const xml::DocumentPtr doc =
+      xml::read_document(installation_.write("a.xml", "<a b='c'/>"), faults);
+  std::string value;
+  EXPECT_TRUE(xml::get_attr(xml::root_of(doc), std::string("b"), value));
+  const datastore::DataStoreParseUtility utility;
+  EXPECT_EQ(utility.parse_db_configs(nullptr, {}).size(), 1U);
 }
 
 TEST_F(ConfigParserTest, TheDefaultFrameworkDefinitionIsForRunsThatCollect) {

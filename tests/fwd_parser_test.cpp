@@ -175,14 +175,14 @@ TEST_F(FwdParserTest, EveryElementOfADocumentReachesItsRecord) {
             "ROOT/kb/data/s.xml;/v/s.xml");
 }
 
-// Rule files, those listed (below ROOT/kb), the rules found, and what is written. A name is
-// stripped for the list alone; blanks lead to the directory, which can't be read.
+// Rule files, those listed (below ROOT/kb), the rules found, what is written, and what is passed
+// over because of it. A name is stripped for the list alone; an empty one finds nothing.
 constexpr const char* RULE_FILES = R"(
 <mod>2.clp</mod><mod>1.clp</mod><mod>2.clp</mod> => /2.clp /1.clp => one two
-<mod> 1.clp </mod><mod>  </mod> => /1.clp /health.clp =>  => Exception closing file ROOT/kb/\n
+<mod> 1.clp </mod><mod>  </mod><mod/><mod>2.clp</mod> => /1.clp /health.clp /health.clp /2.clp => two
 <mod>${NO_SUCH_DIR}1.clp</mod><mod>ROOT/kb/2.clp</mod> => /1.clp /2.clp => one
 <mod>none.clp</mod><mod>1.clp</mod> => /none.clp /1.clp => one
-<mod>1.clp</mod><mod>d</mod><mod>2.clp</mod> => /1.clp /d => one => Exception closing file ROOT/kb/d\n)";
+<mod>1.clp</mod><mod>d</mod><mod>2.clp</mod><mod>1.clp</mod><mod>3.clp</mod> => /1.clp /d => one => Exception closing file ROOT/kb/d\n => ROOT/kb/d rules ROOT/etc/fwd/rules.xml:2 2.clp 3.clp)";
 
 TEST_F(FwdParserTest, RuleFilesAreScannedOnceAndListedAsAbsolutePaths) {
   installation.write("kb/1.clp", "(defrule one (id \"A\")\n");
@@ -190,7 +190,7 @@ TEST_F(FwdParserTest, RuleFilesAreScannedOnceAndListedAsAbsolutePaths) {
   installation.write("kb/d/x", "");
   for (const auto& row : rows_of(RULE_FILES)) {
     SCOPED_TRACE(row[0]);
-    installation.fwd("rules", PROBE + "<kb_mods>" +
+    installation.fwd("rules", PROBE + "\n<kb_mods>" +
                                   str::replace(row[0], "ROOT", installation.path()) + "</kb_mods>");
     RunResult result;
     ASSERT_EQ(run("rules", result), 0) << result.errors;
@@ -202,6 +202,12 @@ TEST_F(FwdParserTest, RuleFilesAreScannedOnceAndListedAsAbsolutePaths) {
     }
     EXPECT_EQ(joined(rules, " "), row[2]);
     EXPECT_EQ(result.errors, row[3]);
+    std::string notes;
+    for (const auto& note : result.notes.passed_over) {
+      notes += note.what + " " + note.named_by + " " + to_string(note.place) + " " +
+               joined(note.together, " ");
+    }
+    EXPECT_EQ(installation.without_root(notes), row[4]);
   }
   installation.fwd("first", PROBE + "<kb_mods><mod>1.clp</mod></kb_mods>");
   installation.fwd("second", PROBE + "<kb_mods><mod>1.clp</mod></kb_mods>");
@@ -317,6 +323,37 @@ TEST_F(FwdParserTest, TheCycleCheckLooksForTheDependencyItself) {
   EXPECT_FALSE(cycle("a", graph.node("c"))) << "a cycle below it isn't its own";
   EXPECT_TRUE(cycle("b", nullptr));
   EXPECT_TRUE(cycle("d", graph.node("a")));
+}
+
+// An engine may hand over a graph that it began itself.
+TEST_F(FwdParserTest, ACycleThatClosesAboveTheParentIsFound) {
+  write("x: y;y: z;z: w;w: x");
+  for (const char* closing : {"w", "z"}) {
+    installation.fwd(closing, includes("x"));
+    testing::HandMadeGraph graph;
+    Config config;
+    config.root = installation.path();
+    FWDParser parser;
+    parser.update_defaults(config);
+    for (const char* name : {"x", "y"}) {
+      const auto node = graph.node(name);
+      node->fwd->path = installation.path("etc/fwd/" + std::string(name) + ".xml");
+      config.fwds->by_path[node->fwd->path] = node->fwd;
+    }
+    graph.group("x", {"y"});
+    const auto x = graph.node("x");
+    auto y = graph.node("y");
+    y->parents.clear();
+    x->visited = y->visited = true;
+    int status = 0;
+    const auto call = [&] { status = parser.recurse_fwd_impl(y, config, x, false); };
+    const std::string errors = testing::printed(call).errors;
+    EXPECT_EQ(status, 1);
+    EXPECT_EQ(installation.without_root(errors),
+              "\n Circular depedency detected for ROOT/etc/fwd/x.xml in ROOT/etc/fwd/" +
+                  std::string(closing) + ".xml\n\n");
+    config.fwds->release();
+  }
 }
 
 TEST_F(FwdParserTest, AMissingIncludeFailsOnceTheWalkReachesIt) {

@@ -97,6 +97,24 @@ TEST(Plan, TellsARuleFileThatLoadsOthersFromOneWithoutARule) {
             std::string::npos);
 }
 
+TEST(Plan, NamesWhatTheRunNoted) {
+  example::Record config;
+  Fwd& fwd = *config.fwds->roots[0]->fwd;
+  fwd.kb_mods = {"/q/kb/d"};
+  using Note = preproc::RunNotes::PassedOver;
+  preproc::RunNotes notes;
+  notes.passed_over = {
+      {Note::Kind::RULE_FILES, "/q/kb/d", "base", {"/q/etc/fwd/base.xml", 7}, {"a.clp", "b.clp"}},
+      {Note::Kind::REPORT, "/q/r.xml", "", {}, {}}};
+  const std::string text = section(plan_text(config, notes), "Passed over");
+  EXPECT_EQ(text.find("/q/kb/d: no rule"), std::string::npos) << "said once";
+  EXPECT_NE(text.find("  rule file /q/kb/d: can't be read (named by base, /q/etc/fwd/base.xml:7); "
+                      "because of it not scanned: a.clp, b.clp\n"
+                      "  report /q/r.xml: not read, since a table document is named as well"),
+            std::string::npos)
+      << text;
+}
+
 TEST(Plan, StaysReadableForHugeRuns) {
   example::Record config;
   auto top = example::add_fwd(config, "bottom", {});

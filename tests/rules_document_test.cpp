@@ -41,6 +41,7 @@ constexpr const char* DOCUMENTS = R"(
 <values>RULE<rule/></values> => A,,,0{} => Rule attribute "class" must be defined.\n
 <values><rule class=''/></values> =>  => Attribute class cannot be empty.\n
 <values>RULE<rule class='B'><slot/></rule></values> => A,,,0{} => Content not found for slot.\n
+<values>RULE<rule class='B'><slot><?p?>s</slot></rule></values> => A,,,0{} => Content not found for slot.\n
 <values><rule class='B'><and_statement>SLOT</and_statement></rule></values> =>  => Control types <and,or> need to have at least 2 elements\n
 <values><rule class='B'><or_statement/></rule></values> =>  => Control types <and,or> need to have at least 2 elements\n
 <values><rule class='B'><not_statement/></rule></values> =>  => Control type <not> needs to have exactly 1 element\n

@@ -115,6 +115,7 @@ int Installation::run(const std::vector<std::string>& arguments, RunResult& resu
   const Printed texts_of_run = printed([&] {
     preproc::Preprocessor preprocessor;
     result.status = preprocessor.Run(result.config, line.count(), line.values());
+    result.notes = preprocessor.notes();
   });
   result.output = texts_of_run.output;
   result.errors = texts_of_run.errors;

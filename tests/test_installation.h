@@ -65,6 +65,7 @@ struct RunResult {
   std::string errors;  // standard error stream
   std::string output;  // standard output
   Config config;
+  preproc::RunNotes notes;
 
   RunResult() = default;
   RunResult(const RunResult&) = delete;

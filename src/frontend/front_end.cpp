@@ -67,8 +67,8 @@ void hold_standard_descriptors() {
 }
 
 /// Prints the plan to the console or the log file. Returns whether a log file took it.
-bool print_plan(const Config& config) {
-  std::string text = plan_text(config);
+bool print_plan(const Config& config, const preproc::RunNotes& notes) {
+  std::string text = plan_text(config, notes);
   errno = 0;
   {
     log::OutputLog out;
@@ -97,11 +97,11 @@ void write_record_to(const std::string& target, const Config& config) {
 }
 
 /// What follows a complete record. Returns the exit status.
-int present(const Config& config, const std::string& record) {
+int present(const Config& config, const preproc::RunNotes& notes, const std::string& record) {
   if (!config.log_file.empty()) {
     log::OutputLog::set_out_streams(config.log_file, std::ios_base::out | std::ios_base::trunc);
   }
-  const bool printed = print_plan(config);
+  const bool printed = print_plan(config, notes);
   if (!record.empty()) {
     write_record_to(record, config);
   }
@@ -117,11 +117,11 @@ int run(std::vector<std::string> arguments, const std::string& record) {
   argv.push_back(nullptr);
   Config config;
   config.common_options.parse_node_groups = true;
-  const int status =
-      preproc::Preprocessor().Run(config, static_cast<int>(arguments.size()), argv.data());
+  preproc::Preprocessor preprocessor;
+  const int status = preprocessor.Run(config, static_cast<int>(arguments.size()), argv.data());
   int exit_status = status;
   if (status == COMPLETE) {
-    exit_status = present(config, record);
+    exit_status = present(config, preprocessor.notes(), record);
   } else if (status == REQUEST_SERVED) {
     exit_status = EXIT_SUCCESS;
   }

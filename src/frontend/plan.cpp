@@ -195,6 +195,9 @@ std::string folded_names(const ClusterDefinition& group) {
 void add_groups(std::string& plan, const Config& config) {
   std::vector<Row> rows;
   for (const auto& [name, group] : config.node_groups) {
+    if (group == nullptr) {
+      continue;
+    }
     std::set<std::string> fwds;
     for (const auto& tree : group->fwd_nodes) {
       fwds.insert(tree->fwd->name);
@@ -312,9 +315,9 @@ void add_rule_elements(std::string& plan, const Config& config) {
   add_rows(plan, "Rules to generate", rows.size(), rows);
 }
 
-void add_passed_over(std::string& plan, const Config& config) {
+void add_passed_over(std::string& plan, const Config& config, const preproc::RunNotes& notes) {
   std::vector<Row> rows;
-  for (std::string& line : passed_over(config)) {
+  for (std::string& line : passed_over(config, notes)) {
     rows.push_back({std::move(line)});
   }
   add_rows(plan, "Passed over", rows.size(), rows);
@@ -322,7 +325,7 @@ void add_passed_over(std::string& plan, const Config& config) {
 
 }  // namespace
 
-std::string plan_text(const Config& config) {
+std::string plan_text(const Config& config, const preproc::RunNotes& notes) {
   std::string plan;
   add_run(plan, config);
   add_nodes(plan, config);
@@ -335,7 +338,7 @@ std::string plan_text(const Config& config) {
   add_solutions(plan, config);
   add_diagnoses(plan, config);
   add_rule_elements(plan, config);
-  add_passed_over(plan, config);
+  add_passed_over(plan, config, notes);
   return plan;
 }
 

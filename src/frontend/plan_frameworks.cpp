@@ -169,14 +169,34 @@ PassedOver missing_providers(const Config& config) {
   return missing;
 }
 
-PassedOver silent_rule_files(const Config& config) {
+using Note = preproc::RunNotes::PassedOver;
+
+PassedOver silent_rule_files(const Config& config, const std::vector<Note>& notes) {
+  std::set<std::string> unreadable;
+  for (const Note& note : notes) {
+    unreadable.insert(note.what);
+  }
   PassedOver silent;
   for (const auto& [path, fwd] : config.fwds->by_path) {
     for (const std::string& file : files_without_rule(*fwd)) {
-      silent["rule file " + file + ": no rule"].push_back(fwd->name);
+      if (unreadable.count(file) == 0) {
+        silent["rule file " + file + ": no rule"].push_back(fwd->name);
+      }
     }
   }
   return silent;
+}
+
+std::string text_of(const Note& note) {
+  if (note.kind == Note::Kind::REPORT) {
+    return "report " + note.what + ": not read, since a table document is named as well";
+  }
+  std::string text = concat({"rule file ", note.what, ": can't be read (named by ", note.named_by,
+                             ", ", to_string(note.place), ")"});
+  if (!note.together.empty()) {
+    text.append("; because of it not scanned: ").append(joined(note.together, ", "));
+  }
+  return text;
 }
 
 }  // namespace
@@ -189,12 +209,18 @@ std::string framework_tree(const Config& config) {
   return printer.take_text();
 }
 
-std::vector<std::string> passed_over(const Config& config) {
+std::vector<std::string> passed_over(const Config& config, const preproc::RunNotes& notes) {
   std::vector<std::string> lines;
-  for (const PassedOver& kind : {missing_providers(config), silent_rule_files(config)}) {
+  for (const PassedOver& kind :
+       {missing_providers(config), silent_rule_files(config, notes.passed_over)}) {
     for (const auto& [what, fwds] : kind) {
       lines.push_back(concat({what, " (named by ", joined(fwds, ", "), ")"}));
     }
+  }
+  std::transform(notes.passed_over.begin(), notes.passed_over.end(), std::back_inserter(lines),
+                 text_of);
+  if (notes.more_passed_over > 0) {
+    lines.push_back("and " + std::to_string(notes.more_passed_over) + " more");
   }
   return lines;
 }

@@ -1,5 +1,7 @@
 #include <cstdint>
 #include <exception>
+#include <stdexcept>
+#include <utility>
 
 #include <qorn/preproc/config_parser.h>
 #include <qorn/str.h>
@@ -9,6 +11,7 @@ namespace qorn::preproc {
 namespace {
 
 constexpr std::uint64_t SECONDS_PER_DAY = 86400;
+constexpr std::size_t MOST_GROUPED_VALUES = 10'000'000;
 
 /// The content of a node's first child; false when it has no child at all.
 bool first_child_content(const xmlNode* node, std::string& content) {
@@ -19,44 +22,68 @@ bool first_child_content(const xmlNode* node, std::string& content) {
   return true;
 }
 
-/// Reads one child of a group into `param`, whose values go on from the child before it: a plain
-/// parameter behind another one holds that one's values too.
-void parse_grouped_param(const xmlNode* child, ConfigParam& param,
-                         std::vector<ConfigParam>& params) {
-  if (xml::get_num_element_children(child) != 0) {
-    param.name = xml::name_of(child);
-    param.values = xml::get_str_list(child, "entry");
-    params.push_back(param);
-    return;
-  }
-  std::string content;
-  if (first_child_content(child, content)) {
-    param.name = xml::name_of(child);
-    param.values.push_back(content);
-    params.push_back(param);
-  }
-}
+/// Reads the parameters that elements describe, each behind those that are there.
+class ParameterReader {
+ public:
+  explicit ParameterReader(std::vector<ConfigParam>& params) : params_(params) {}
 
-void parse_param(const xmlNode* element, std::vector<ConfigParam>& params) {
-  ConfigParam param;
-  if (xml::get_num_element_children(element) == 0) {
-    std::string content;
-    if (first_child_content(element, content)) {
-      param.name = xml::name_of(element);
-      param.values.push_back(content);
-      params.push_back(param);
+  void read(const xmlNode* element) {
+    ConfigParam param;
+    if (xml::get_num_element_children(element) == 0) {
+      read_plain(element, param);
+    } else if (xml::get_child_node(element, "entry") != nullptr) {
+      read_list(element, param);
+    } else {
+      param.group = xml::name_of(element);
+      for (const xmlNode* child : xml::Elements(element)) {
+        read_grouped(child, param);
+      }
     }
-  } else if (xml::get_child_node(element, "entry") != nullptr) {
+  }
+
+ private:
+  void read_plain(const xmlNode* element, ConfigParam& param) {
+    std::string content;
+    if (!first_child_content(element, content)) {
+      return;  // no child at all: no parameter
+    }
+    param.name = xml::name_of(element);
+    param.values.push_back(std::move(content));
+    add(element, param);
+  }
+
+  void read_list(const xmlNode* element, ConfigParam& param) {
     param.name = xml::name_of(element);
     param.values = xml::get_str_list(element, "entry");
-    params.push_back(param);
-  } else {
-    param.group = xml::name_of(element);
-    for (const xmlNode* child : xml::Elements(element)) {
-      parse_grouped_param(child, param, params);
+    add(element, param);
+  }
+
+  // The values go on from the child before: a plain parameter behind another one holds that one's
+  // values too.
+  void read_grouped(const xmlNode* child, ConfigParam& param) {
+    if (xml::get_num_element_children(child) != 0) {
+      read_list(child, param);
+    } else {
+      read_plain(child, param);
     }
   }
-}
+
+  void add(const xmlNode* element, const ConfigParam& param) {
+    if (!param.group.empty()) {
+      values_ += param.values.size();
+    }
+    if (values_ > MOST_GROUPED_VALUES) {
+      throw std::runtime_error(to_string(xml::place_of(element)) + ": the group '" +
+                               str::printable(param.group) +
+                               "' brings the values of grouped parameters to more than 10,000,000: "
+                               "each parameter of a group holds the values of those ahead of it.");
+    }
+    params_.push_back(param);
+  }
+
+  std::vector<ConfigParam>& params_;
+  std::size_t values_ = 0;  // of grouped parameters
+};
 
 /// Turns the days of data-age-threshold into seconds, in the record and in the parameter itself.
 void convert_data_age(ConfigParam& param, Config& config) {
@@ -92,8 +119,9 @@ int ConfigParser::parse_tag_config(xmlNode* root, Config& config) {
 }
 
 void ConfigParser::parse_xml_config(xmlNode* node, std::vector<ConfigParam>& params) {
+  ParameterReader reader(params);
   for (const xmlNode* element : xml::Elements(node)) {
-    parse_param(element, params);
+    reader.read(element);
   }
 }
 

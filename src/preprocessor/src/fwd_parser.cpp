@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <iterator>
+#include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
@@ -9,6 +10,8 @@
 #include <qorn/preproc/fwd_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
+
+#include "postprocessor_documents.h"
 
 namespace qorn::preproc {
 namespace {
@@ -39,12 +42,13 @@ bool is_member(const std::vector<std::shared_ptr<FwdNode>>& list, const FwdNode*
 
 /// The way from the walk's root.
 struct Walk {
-  explicit Walk(FwdRegistry& fwd_registry) : registry(fwd_registry) {}
+  Walk(FwdRegistry& fwd_registry, std::unordered_map<const FwdNode*, bool>& entered_nodes)
+      : registry(fwd_registry), entered(entered_nodes) {}
 
   void enter(const std::shared_ptr<FwdNode>& node, FwdNode::Groups groups) {
     const std::size_t first = node->groups.size();
     std::move(groups.begin(), groups.end(), std::back_inserter(node->groups));
-    on_way.insert(node.get());
+    entered[node.get()] = true;
     way.push_back({node, first, first});
   }
 
@@ -59,12 +63,12 @@ struct Walk {
       registry.ready_nodes.push_back(frame.node);
       frame.node->fwd->state = 2;
     }
-    on_way.erase(frame.node.get());
+    entered[frame.node.get()] = false;
   }
 
   FwdRegistry& registry;
   std::vector<Frame> way;
-  std::unordered_set<const FwdNode*> on_way;
+  std::unordered_map<const FwdNode*, bool>& entered;
 };
 
 void link(const std::shared_ptr<FwdNode>& node, const std::shared_ptr<Fwd>& fwd) {
@@ -80,6 +84,17 @@ int report_cycle(const FwdNode& member, const FwdNode& node) {
 
 }  // namespace
 
+/// What one load keeps.
+struct FWDParser::Load {
+  /// Includes as they are written, with their nodes: for one graph a text always leads to the same
+  /// one, and dense graphs write the same texts over and over.
+  std::unordered_map<std::string, std::shared_ptr<FwdNode>> includes;
+  /// The nodes that the load has read; true while one stands on the way from its root.
+  std::unordered_map<const FwdNode*, bool> entered;
+  /// A node was met that somebody else has visited: it may lead anywhere, to the way here as well.
+  bool met_others = false;
+};
+
 int FWDParser::load_fwds(Config& config, bool update) {
   if (update) {
     update_defaults(config);
@@ -88,24 +103,23 @@ int FWDParser::load_fwds(Config& config, bool update) {
   for (const std::string& name : config.fwds->names) {
     process_fwd(name, paths.emplace_back(), config, false);
   }
-  KnownIncludes known;
+  Load load;
   for (const std::string& path : paths) {
-    if (load_root(path, config, known) == 1) {
+    if (load_root(path, config, load) == 1) {
       log::ErrorLog(log::level::DEBUG).stream() << "Runtime error: Could not process " << path;
       return 1;
     }
   }
-  ConfigParser documents;
+  // The knowledge base documents share the reports' schema file.
+  const std::string reports_xsd = config.root + "/etc/postprocessor/postproc.xsd";
   std::vector<xml::Fault> faults;
-  const std::string directory = config.root + "/etc/postprocessor";
-  if (documents.parse_postproc_table_config(config, directory + "/table.xsd", faults) != 1) {
+  if (read_postproc_tables(config, config.root + "/etc/postprocessor/table.xsd", faults) != 1) {
+    pass_over_reports(config, reports_xsd, faults);
     xml::report(faults);
-  } else if (documents.parse_postproc_reports_config(config, directory + "/postproc.xsd", faults) ==
-             1) {
+  } else if (read_postproc_reports(config, reports_xsd, faults) == 1) {
     return 1;
   }
-  // The knowledge base documents share the reports' schema file.
-  return documents.parse_kb_config(config, directory + "/postproc.xsd") == 1 ? 1 : 0;
+  return ConfigParser().parse_kb_config(config, reports_xsd) == 1 ? 1 : 0;
 }
 
 int FWDParser::process_fwd(const std::string& name, std::string& path, Config& config,
@@ -122,11 +136,11 @@ int FWDParser::process_fwd(const std::string& name, std::string& path, Config& c
 }
 
 int FWDParser::recurse_fwd(const std::string& path, Config& config) {
-  KnownIncludes known;
-  return load_root(path, config, known);
+  Load load;
+  return load_root(path, config, load);
 }
 
-int FWDParser::load_root(const std::string& path, Config& config, KnownIncludes& known) {
+int FWDParser::load_root(const std::string& path, Config& config, Load& load) {
   if (path.empty()) {
     return 1;
   }
@@ -141,23 +155,23 @@ int FWDParser::load_root(const std::string& path, Config& config, KnownIncludes&
   auto node = std::make_shared<FwdNode>();
   link(node, fwd);
   node->visited = true;
-  return walk_from(node, config, nullptr, known);
+  return walk_from(node, config, nullptr, load);
 }
 
 int FWDParser::recurse_fwd_impl(std::shared_ptr<FwdNode>& node, Config& config,
                                 const std::shared_ptr<FwdNode>& parent, bool /*flag*/) {
-  KnownIncludes known;
-  return walk_from(node, config, parent, known);
+  Load load;
+  return walk_from(node, config, parent, load);
 }
 
 int FWDParser::walk_from(const std::shared_ptr<FwdNode>& node, Config& config,
-                         const std::shared_ptr<FwdNode>& parent, KnownIncludes& known) {
-  Walk walk(*config.fwds);
+                         const std::shared_ptr<FwdNode>& parent, Load& load) {
+  Walk walk(*config.fwds, load.entered);
   std::shared_ptr<FwdNode> next = node;
   std::shared_ptr<FwdNode> above = parent;
   while (true) {
     FwdNode::Groups groups;
-    if (read_document(next, config, groups, known) == 1) {
+    if (read_document(next, config, groups, load) == 1) {
       return 1;
     }
     if (above != nullptr) {
@@ -172,8 +186,7 @@ int FWDParser::walk_from(const std::shared_ptr<FwdNode>& node, Config& config,
       if (next == nullptr) {
         walk.leave();
       } else if (next->visited) {
-        // A node reached again closes a cycle exactly when it still stands on the way here.
-        if (walk.on_way.count(next.get()) != 0) {
+        if (closes_cycle(next, above, config, load)) {
           return report_cycle(*next, *above);
         }
         next->parents.push_back(above);
@@ -187,8 +200,17 @@ int FWDParser::walk_from(const std::shared_ptr<FwdNode>& node, Config& config,
   }
 }
 
+// Among nodes that the load itself has read, one that is reached again closes a cycle exactly when
+// it still stands on the way here.
+bool FWDParser::closes_cycle(const std::shared_ptr<FwdNode>& member,
+                             const std::shared_ptr<FwdNode>& current, Config& config, Load& load) {
+  const auto found = load.entered.find(member.get());
+  load.met_others = load.met_others || found == load.entered.end();
+  return load.met_others ? check_circ_dependency(config, member, current) : found->second;
+}
+
 int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& config,
-                             FwdNode::Groups& groups, KnownIncludes& known) {
+                             FwdNode::Groups& groups, Load& load) {
   if (node == nullptr) {
     return 1;
   }
@@ -215,7 +237,7 @@ int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& confi
   }
   set_fwd_paths(config, fwd);
   return read_includes(config, xml::get_child_node(definition, "includes"), groups,
-                       node->blocking_count, known);
+                       node->blocking_count, load);
 }
 
 int FWDParser::read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& config) {
@@ -251,12 +273,12 @@ int FWDParser::read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& con
 int FWDParser::parse_fwd_groups(Config& config, const xmlNode* includes,
                                 std::vector<internal::GroupAttributes<FwdNode>>& groups,
                                 int& blocking_count) {
-  KnownIncludes known;
-  return read_includes(config, includes, groups, blocking_count, known);
+  Load load;
+  return read_includes(config, includes, groups, blocking_count, load);
 }
 
 int FWDParser::read_includes(Config& config, const xmlNode* includes, FwdNode::Groups& groups,
-                             int& blocking_count, KnownIncludes& known) {
+                             int& blocking_count, Load& load) {
   if (includes == nullptr) {
     return 0;
   }
@@ -270,9 +292,10 @@ int FWDParser::read_includes(Config& config, const xmlNode* includes, FwdNode::G
       continue;
     }
     if (!xml::get_txt(include, name)) {
-      throw std::out_of_range(xml::place_of(includes) + ": an <include> of this element is empty");
+      throw std::out_of_range(to_string(xml::place_of(includes)) +
+                              ": an <include> of this element is empty");
     }
-    std::shared_ptr<FwdNode>& node = known[name];
+    std::shared_ptr<FwdNode>& node = load.includes[name];
     if (node == nullptr) {
       node = node_of(name, config);
     }

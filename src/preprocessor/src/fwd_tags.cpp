@@ -10,6 +10,8 @@
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
+#include "run_notes.h"
+
 namespace qorn::preproc {
 namespace {
 
@@ -45,6 +47,23 @@ std::string kb_config_path(const xmlNode* kb_mods, const std::string& file, cons
     return str::wordexp(directory) + file;  // the directory ends in its own slash
   }
   return str::wordexp(config.root + "/etc/kb" + "/" + file);
+}
+
+bool is_listed(const std::string& mod, const Fwd& fwd) {
+  return std::find(fwd.kb_mods.begin(), fwd.kb_mods.end(), mod) != fwd.kb_mods.end();
+}
+
+/// Notes the file that the first of `mods` leads to, with those behind it that nobody scans.
+void note_unscanned(const std::string& path, const std::vector<const xmlNode*>& mods,
+                    const Fwd& fwd) {
+  RunNotes::PassedOver passed_over{
+      RunNotes::PassedOver::Kind::RULE_FILES, path, fwd.name, xml::place_of(mods.front()), {}};
+  for (const xmlNode* mod : mods) {
+    if (std::string text = xml::content_of(mod); !is_listed(text, fwd)) {
+      passed_over.together.push_back(std::move(text));
+    }
+  }
+  note(std::move(passed_over));
 }
 
 }  // namespace
@@ -121,13 +140,19 @@ int FWDParser::parse_tag_kb_mods(xmlNode* node, Fwd& fwd, Config& config) {
     config.kb_config_files.push_back(path);
   }
   const std::string directory = str::wordexp(fwd.kb_path);
-  for (const std::string& mod : xml::get_str_list(kb_mods, "mod")) {
-    if (std::find(fwd.kb_mods.begin(), fwd.kb_mods.end(), mod) != fwd.kb_mods.end()) {
+  const std::vector<xmlNode*> mods = xml::get_child_nodes(kb_mods, "mod");
+  for (auto each = mods.begin(); each != mods.end(); ++each) {
+    const std::string mod = xml::content_of(*each);
+    if (is_listed(mod, fwd)) {
       continue;
     }
     fwd.kb_mods.push_back(mod);
+    if (str::stripws(mod).empty()) {
+      continue;  // the directory that it would lead to is nobody's rule file
+    }
     const std::string path = str::wordexp(fwd.kb_path + "/" + mod);
     if (parse_clips_rules(path, fwd.rules, config, directory) == 1) {
+      note_unscanned(path, {each, mods.end()}, fwd);
       return 1;
     }
   }

@@ -1,18 +1,28 @@
+#include <algorithm>
+#include <iterator>
 #include <map>
+#include <set>
+#include <utility>
 
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
+#include "postprocessor_documents.h"
+#include "run_notes.h"
+
 namespace qorn {
 namespace {
 
 using Reports = std::map<std::string, templates::Reports_t>;
 
-/// The text of a message_id element; false, with a line at level 3, when it is empty.
+/// The text of a message_id element; false, with a line at level 3 and `message_id` left alone,
+/// when it is empty.
 bool get_message_id(const xmlNode* node, std::string& message_id) {
-  if (xml::get_txt(node, message_id)) {
+  std::string text;
+  if (xml::get_txt(node, text)) {
+    message_id = std::move(text);
     return true;
   }
   log::ErrorLog(log::level::ERROR).stream() << "XML validation failed: <message_id> tag "
@@ -93,22 +103,41 @@ int parse_constraints(xmlNode* node, templates::Reports_kb_t& variant) {
 }
 
 namespace preproc {
+namespace {
 
-int ConfigParser::parse_postproc_reports_config(Config& config, const std::string& xsd,
-                                                const std::vector<xml::Fault>& table_faults) {
-  std::vector<xml::Fault> held_back = table_faults;
+/// Reports the faults of a document as a report, behind those that it had as a table; those of the
+/// other documents of the list are theirs to answer for.
+void report_faults(const std::string& file, const std::vector<xml::Fault>& table_faults,
+                   const std::vector<xml::Fault>& faults, const Config& config) {
+  std::set<std::string> others;
+  for (const std::string& path : config.postproc_config_files) {
+    others.insert(str::unescape_blanks(path));
+  }
+  others.erase(file);
+  std::vector<xml::Fault> all;
+  std::copy_if(table_faults.begin(), table_faults.end(), std::back_inserter(all),
+               [&](const xml::Fault& fault) { return others.count(fault.file) == 0; });
+  all.insert(all.end(), faults.begin(), faults.end());
+  xml::report(all);
+}
+
+}  // namespace
+
+int ConfigParser::parse_postproc_reports_config(Config& config, const std::string& xsd) {
+  return read_postproc_reports(config, xsd, {});
+}
+
+int read_postproc_reports(Config& config, const std::string& xsd,
+                          const std::vector<xml::Fault>& table_faults) {
   for (const std::string& path : config.postproc_config_files) {
     log::ErrorLog(log::level::DEBUG).stream() << "Postprocessor config file: " << path;
     std::vector<xml::Fault> faults;
     const xml::DocumentPtr doc = xml::read_valid_document(path, xsd, faults);
     if (doc == nullptr) {
-      held_back.insert(held_back.end(), faults.begin(), faults.end());
-      xml::report(held_back);
+      report_faults(str::unescape_blanks(path), table_faults, faults, config);
       log::ErrorLog(log::level::ERROR).stream() << "Failed to open and validate xml " << path;
       return 1;
     }
-    const std::string file = str::unescape_blanks(path);
-    std::erase_if(held_back, [&](const xml::Fault& fault) { return fault.file == file; });
     Reports reports;
     if (!parse_reports(xml::root_of(doc), reports)) {
       return 1;
@@ -116,6 +145,20 @@ int ConfigParser::parse_postproc_reports_config(Config& config, const std::strin
     config.postproc_reports = std::move(reports);  // not merged
   }
   return 0;
+}
+
+void pass_over_reports(const Config& config, const std::string& xsd,
+                       std::vector<xml::Fault>& faults) {
+  for (const std::string& path : config.postproc_config_files) {
+    const std::string file = str::unescape_blanks(path);
+    const auto is_about = [&](const xml::Fault& fault) { return fault.file == file; };
+    std::vector<xml::Fault> ignored;
+    if (std::any_of(faults.begin(), faults.end(), is_about) &&
+        xml::read_valid_document(path, xsd, ignored) != nullptr) {
+      std::erase_if(faults, is_about);
+      note({RunNotes::PassedOver::Kind::REPORT, file, {}, {}, {}});
+    }
+  }
 }
 
 }  // namespace preproc

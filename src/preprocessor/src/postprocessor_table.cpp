@@ -2,6 +2,8 @@
 #include <qorn/preproc/config_parser.h>
 #include <qorn/xml.h>
 
+#include "postprocessor_documents.h"
+
 namespace qorn::preproc {
 namespace {
 
@@ -29,13 +31,12 @@ Columns parse_columns(const xmlNode* table) {
 
 int ConfigParser::parse_postproc_table_config(Config& config, const std::string& xsd) {
   std::vector<xml::Fault> faults;
-  const int result = parse_postproc_table_config(config, xsd, faults);
+  const int result = read_postproc_tables(config, xsd, faults);
   xml::report(faults);
   return result;
 }
 
-int ConfigParser::parse_postproc_table_config(Config& config, const std::string& xsd,
-                                              std::vector<xml::Fault>& faults) {
+int read_postproc_tables(Config& config, const std::string& xsd, std::vector<xml::Fault>& faults) {
   if (config.postproc_config_files.empty()) {
     config.postproc_config_files.push_back(config.root + "/etc/postprocessor/table.xml");
   }

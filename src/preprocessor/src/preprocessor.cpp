@@ -8,11 +8,8 @@
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
-#include <qorn/preproc/clips_parser.h>
 #include <qorn/preproc/preprocessor.h>
-#include <qorn/tree_budget.h>
 #include <qorn/util/engine_helper.h>
-#include <qorn/xml/document.h>
 
 namespace qorn::preproc {
 namespace {
@@ -37,15 +34,15 @@ Preprocessor::Preprocessor() {
 int Preprocessor::Run(Config& config, int argc, char** argv) {
   std::signal(SIGINT, terminate);
   log::OutputLog::set_out_streams("", std::ios_base::out | std::ios_base::trunc);
-  const xml::RunScope documents;
-  const clips_parser::RunScope rule_files;
-  internal::start_tree_budget();
+  const RunScope scope;
+  int status = 1;
   try {
-    return run_pipeline(config, argc, argv);
+    status = run_pipeline(config, argc, argv);
   } catch (const std::exception& error) {
     log::ErrorLog(log::level::ERROR).stream() << error.what();
-    return 1;
   }
+  notes_ = scope.notes();
+  return status;
 }
 
 int Preprocessor::run_pipeline(Config& config, int argc, char** argv) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <map>
 #include <new>
 #include <stdexcept>
@@ -39,9 +40,9 @@ std::string content_of(const xmlNode* node) {
   return text;
 }
 
-std::string place_of(const xmlNode* node) {
-  const std::string file = node->doc == nullptr ? "" : char_to_str(node->doc->URL);
-  return str::printable(file) + ":" + std::to_string(xmlGetLineNo(node));
+Place place_of(const xmlNode* node) {
+  return {node->doc == nullptr ? "" : char_to_str(node->doc->URL),
+          std::max(xmlGetLineNo(node), 0L)};
 }
 
 xmlNode* get_child_node(const xmlNode* node, std::string_view name) {
@@ -96,19 +97,19 @@ bool get_txt(const xmlNode* node, std::string& text) {
     text = reinterpret_cast<const char*>(only->content);
   } else {
     const TextPtr content(xmlNodeGetContent(node));
-    if (content == nullptr) {
-      throw std::bad_alloc();  // without content it would be the empty text
+    if (content == nullptr && is_element) {
+      throw std::bad_alloc();  // other nodes, such as a processing instruction, may have none
     }
-    text = reinterpret_cast<const char*>(content.get());
+    text = char_to_str(content.get());
   }
   return !text.empty();
 }
 
-bool get_attr(const xmlNode* node, const char* name, std::string& value) {
-  const TextPtr text(node == nullptr ? nullptr
-                                     : xmlGetProp(node, reinterpret_cast<const xmlChar*>(name)));
+bool get_attr(const xmlNode* node, const std::string& name, std::string& value) {
+  const auto* xml_name = reinterpret_cast<const xmlChar*>(name.c_str());
+  const TextPtr text(node == nullptr ? nullptr : xmlGetProp(node, xml_name));
   if (text == nullptr) {
-    if (node != nullptr && xmlHasProp(node, reinterpret_cast<const xmlChar*>(name)) != nullptr) {
+    if (node != nullptr && xmlHasProp(node, xml_name) != nullptr) {
       throw std::bad_alloc();
     }
     return false;

@@ -13,7 +13,8 @@ bool read_entries(const xmlNode* node, std::vector<std::string>& entries) {
   for (const std::string& entry : entries) {
     if (entry.empty()) {
       log::ErrorLog(log::level::ERROR).stream()
-          << place_of(node) << ": an entry of the element <" << name_of(node) << "> is empty";
+          << to_string(place_of(node)) << ": an entry of the element <" << name_of(node)
+          << "> is empty";
       return false;
     }
   }

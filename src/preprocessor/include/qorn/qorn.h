@@ -44,6 +44,7 @@
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
 #include <qorn/node/nodelist.h>
+#include <qorn/place.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/preproc/common_helpers.h>
 #include <qorn/preproc/config.h>
@@ -53,6 +54,7 @@
 #include <qorn/preproc/options.h>
 #include <qorn/preproc/preprocessor.h>
 #include <qorn/preproc/print_handler.h>
+#include <qorn/preproc/run_scope.h>
 #include <qorn/provider_config.h>
 #include <qorn/provider_optionset.h>
 #include <qorn/rule_element.h>

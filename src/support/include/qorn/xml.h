@@ -7,6 +7,7 @@
 #include <libxml/tree.h>
 
 #include <qorn/extensions.h>
+#include <qorn/place.h>
 #include <qorn/templates/data_pt_types.h>
 #include <qorn/xml/document.h>
 
@@ -58,11 +59,11 @@ xmlNode* root_of(const DocumentPtr& doc);
 /// The element's name.
 std::string_view name_of(const xmlNode* node);
 
-/// The text of a node and all that it contains.
+/// The text of a node and all that it contains; a node without content has the empty text.
 std::string content_of(const xmlNode* node);
 
-/// "FILE:LINE" of a node, for messages; control bytes are escaped.
-std::string place_of(const xmlNode* node);
+/// Where a node stands, for messages.
+Place place_of(const xmlNode* node);
 
 /// The first child element of that name, or null.
 xmlNode* get_child_node(const xmlNode* node, std::string_view name);
@@ -83,7 +84,7 @@ std::vector<std::string> get_str_list(const xmlNode* node, std::string_view name
 bool get_txt(const xmlNode* node, std::string& text);
 
 /// Stores the attribute's value; false, leaving `value` alone, when the attribute is absent.
-bool get_attr(const xmlNode* node, const char* name, std::string& value);
+bool get_attr(const xmlNode* node, const std::string& name, std::string& value);
 
 /// The attribute's value as libxml2 lists it; false when it has none (an empty value).
 bool get_attr_value(const xmlAttr* attribute, std::string& value);

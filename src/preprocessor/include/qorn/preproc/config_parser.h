@@ -6,7 +6,6 @@
 #include <libxml/tree.h>
 
 #include <qorn/config.h>
-#include <qorn/xml/document.h>
 
 namespace qorn {
 
@@ -32,7 +31,7 @@ class ConfigParser {
   int parse_tag_env_prop(xmlNode* root, Config& config);
 
   /// Reads parameters and suppressions. Throws std::invalid_argument or std::out_of_range when
-  /// the parameter data-age-threshold is no number.
+  /// the parameter data-age-threshold is no number, and what parse_xml_config throws.
   int parse_tag_config(xmlNode* root, Config& config);
 
   /// Settles config.datastores from the command line's sources, else from the document.
@@ -47,7 +46,9 @@ class ConfigParser {
   /// Puts a log level word in force; any other text changes nothing.
   void set_log_level(const std::string& level);
 
-  /// Appends the parameters that the children of `node` describe. A null node does nothing.
+  /// Appends the parameters that the children of `node` describe. A null node does nothing. Throws
+  /// std::runtime_error with file, line and group when grouped parameters, which hold the values of
+  /// those ahead of them, come to more than 10,000,000 values.
   void parse_xml_config(xmlNode* node, std::vector<ConfigParam>& params);
 
   /// Appends one record for each suppress child. A null node does nothing.
@@ -68,16 +69,12 @@ class ConfigParser {
 
   /// Reads those of config.postproc_config_files (or else the installed one) that are table
   /// documents. 0 when at least one was, 1 when none was: no error. The faults of the others
-  /// are reported; in the second form they are handed over instead.
+  /// are reported.
   int parse_postproc_table_config(Config& config, const std::string& xsd);
-  int parse_postproc_table_config(Config& config, const std::string& xsd,
-                                  std::vector<xml::Fault>& faults);
 
   /// Reads config.postproc_config_files as report documents into config.postproc_reports; the
-  /// last document's reports remain. `table_faults` are the documents' faults as tables, which
-  /// are reported only when a document is no report either.
-  int parse_postproc_reports_config(Config& config, const std::string& xsd,
-                                    const std::vector<xml::Fault>& table_faults = {});
+  /// last document's reports remain.
+  int parse_postproc_reports_config(Config& config, const std::string& xsd);
 };
 
 }  // namespace preproc

@@ -3,7 +3,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 #include <libxml/tree.h>
@@ -93,17 +92,17 @@ class FWDParser {
   std::string fwd_base;
 
  private:
-  /// Includes as they are written, with their nodes: for one graph a text always leads to the same
-  /// one, and dense graphs write the same texts over and over.
-  using KnownIncludes = std::unordered_map<std::string, std::shared_ptr<FwdNode>>;
+  struct Load;
 
-  int load_root(const std::string& path, Config& config, KnownIncludes& known);
+  int load_root(const std::string& path, Config& config, Load& load);
   int walk_from(const std::shared_ptr<FwdNode>& node, Config& config,
-                const std::shared_ptr<FwdNode>& parent, KnownIncludes& known);
+                const std::shared_ptr<FwdNode>& parent, Load& load);
+  bool closes_cycle(const std::shared_ptr<FwdNode>& member, const std::shared_ptr<FwdNode>& current,
+                    Config& config, Load& load);
   int read_document(const std::shared_ptr<FwdNode>& node, Config& config, FwdNode::Groups& groups,
-                    KnownIncludes& known);
+                    Load& load);
   int read_includes(Config& config, const xmlNode* includes, FwdNode::Groups& groups,
-                    int& blocking_count, KnownIncludes& known);
+                    int& blocking_count, Load& load);
   std::shared_ptr<FwdNode> node_of(const std::string& include, Config& config);
   int read_tags(xmlNode* definition, xmlDoc* doc, Fwd& fwd, Config& config);
 };

@@ -10,6 +10,7 @@
 #include <qorn/preproc/node_group_parser.h>
 #include <qorn/preproc/options.h>
 #include <qorn/preproc/print_handler.h>
+#include <qorn/preproc/run_scope.h>
 
 namespace qorn::preproc {
 
@@ -34,6 +35,9 @@ class Preprocessor {
   /// standard error stream, and the record is not to be used; 2 when a request was served that
   /// needs no engine (usage, version, a listing). Exceptions that are no std::exception pass.
   int Run(Config& config, int argc, char** argv);
+
+  /// What the last Run noticed beyond its messages.
+  const RunNotes& notes() const { return notes_; }
 
   /// The handler of SIGINT: writes a line to the output streams and exits with the signal's
   /// number.
@@ -107,6 +111,8 @@ class Preprocessor {
   int run_pipeline(Config& config, int argc, char** argv);
   int read_documents(Config& config);
   int open_datastores(Config& config);
+
+  RunNotes notes_;
 };
 
 }  // namespace qorn::preproc
