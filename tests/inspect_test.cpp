@@ -223,6 +223,23 @@ $R/nodes:2: warning: the host 'n2' and 1 more stood before, at line 1
 7 documents, 0 rule files, 1 node file read: 3 errors, 6 warnings
 )",
      "-f nodes -g groups.xml"},
+    // A line was taken for an element, which ended the program or lost faults.
+    {"FaultsOfElementsOnOneLine",
+     {{"groups.xml",
+       "<nodegroup_config><nodegroup name='a'><nodegrops/></nodegroup>"
+       "<nodegroup name='b'><p:nodegrops xmlns:p='u'/></nodegroup>\n"
+       "<nodegroup name='c'><nods><node>n</node></nods></nodegroup>"
+       "<nodegroup name='d'><p:nods xmlns:p='u'/></nodegroup></nodegroup_config>"},
+      {"etc/CLIPS_type_map.xml",
+       "<type_map><entry type='MULTY'>a</entry><entry type='MULTI'>b</entry></type_map>"}},
+     R"($R/etc/CLIPS_type_map.xml:1: error: <entry> of type MULTI needs the attribute 'data_type'
+$R/etc/CLIPS_type_map.xml:1: error: <entry>, attribute 'type': 'MULTY' is no known word; did you mean 'MULTI'?
+$R/groups.xml:1: error: <nodegrops> is not expected in <nodegroup>
+$R/groups.xml:2: error: <nods> is not expected in <nodegroup>
+$R/groups.xml:2: error: <nods> is not expected in <nodegroup>; did you mean 'nodes'?
+2 documents, 0 rule files, 0 node files read: 5 errors, 0 warnings
+)",
+     "etc/CLIPS_type_map.xml groups.xml -g groups.xml"},
     {"NodeFileThatIsRefused",
      {{"nodes", "n[3-1]\n\nn1 role:\n"}},
      R"($R/missing.xml: error: No such file or directory

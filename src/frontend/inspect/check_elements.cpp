@@ -98,9 +98,7 @@ void check_word(const WordRow& row, const xmlNode* element, FaultList& faults) {
   } else {
     xml::get_attr(element, row.attribute, word);
   }
-  const Place place = place_of(element);
-  if (std::find(row.words.begin(), row.words.end(), word) != row.words.end() ||
-      faults.has_fault_at(place)) {
+  if (std::find(row.words.begin(), row.words.end(), word) != row.words.end()) {
     return;
   }
   const std::string message =
@@ -108,9 +106,9 @@ void check_word(const WordRow& row, const xmlNode* element, FaultList& faults) {
       (row.attribute == nullptr ? "" : ", attribute '" + std::string(row.attribute) + "'") + ": '" +
       word + "' is no known word" + did_you_mean(word, row.words);
   if (row.severity == Severity::ERROR) {
-    faults.error("wrong-word", place, message);
+    faults.error("wrong-word", place_of(element), message);
   } else {
-    faults.warning("wrong-word", place, message);
+    faults.warning("wrong-word", place_of(element), message);
   }
 }
 

@@ -132,14 +132,19 @@ class SchemaCheck {
     } else {
       describe(found, entry);
     }
-    const auto known = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& other) {
-      return other.place.line == entry.place.line && other.message == entry.message;
-    });
-    if (known == entries_.end()) {
-      entries_.push_back(std::move(entry));
-    } else {
+    if (const auto known = find(entry); known != entries_.end()) {
       known->last_round = round_;
+    } else {
+      entries_.push_back(std::move(entry));
     }
+  }
+
+  /// What is known of the same element in the same words. Its line may hold other elements.
+  std::vector<Entry>::iterator find(const Entry& entry) {
+    return std::find_if(entries_.begin(), entries_.end(), [&](const Entry& other) {
+      return other.element == entry.element && other.message == entry.message &&
+             (entry.element != nullptr || other.place.line == entry.place.line);
+    });
   }
 
   void describe(const xml::ElementFault& found, Entry& entry) {
@@ -219,9 +224,7 @@ class SchemaCheck {
   void take_back(const std::string& message, xmlNode* element, Entry& entry) {
     entry.message = message;
     if (!is_repeated(element)) {
-      const auto wrong = std::find_if(entries_.begin(), entries_.end(), [&](const Entry& other) {
-        return other.place.line == entry.place.line && other.message == message;
-      });
+      const auto wrong = find(entry);
       entry.message = message.substr(0, message.find("; did you mean"));
       wrong->message = entry.message;
     }

@@ -75,12 +75,6 @@ bool FaultList::has_error(const std::string& file) const {
   });
 }
 
-bool FaultList::has_fault_at(const Place& place) const {
-  return std::any_of(findings_.begin(), findings_.end(), [&](const Finding& finding) {
-    return finding.place.file == place.file && finding.place.line == place.line;
-  });
-}
-
 void FaultList::settle(const std::vector<std::string>& files) {
   std::erase_if(findings_, [&](const Finding& finding) {
     return !files.empty() && !is_about(finding, files);

@@ -43,9 +43,6 @@ class FaultList {
   /// Whether an error about that file is known.
   bool has_error(const std::string& file) const;
 
-  /// Whether a fault of that place is known.
-  bool has_fault_at(const Place& place) const;
-
   /// Puts the faults into the order of their files and lines, each once, and drops those about
   /// files other than `files`, unless that is empty.
   void settle(const std::vector<std::string>& files);
