@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Every public header compiles by itself, under C++17 and C++20, and includes no header of a
-# dependency but libxml2's. usage: public_headers.sh SOURCE_FOLDER
+# dependency but libxml2's; qorn-inspect takes no more of the front-ends than it may.
+# usage: public_headers.sh SOURCE_FOLDER
 set -euo pipefail
 source=$1
 work=$(mktemp -d)
@@ -11,6 +12,10 @@ for layer in common support preprocessor; do includes+=("-I$source/src/$layer/in
 find "$source"/src/*/include -name '*.h' -printf '%P\n' | sort >"$work/headers"
 if (cd "$source" && grep -nE '#include <(re2|sqlite3|nlohmann|CLI)' src/*/include -r); then
   echo "FAILED: a public header includes a dependency's header" >&2
+  exit 1
+fi
+if (cd "$source" && grep -nE '#include "(front_end|json_stream|output_file)\.h"' src/inspect -r); then
+  echo "FAILED: of the front-ends qorn-inspect sees the plan and the record alone" >&2
   exit 1
 fi
 check() {

@@ -5,7 +5,6 @@
 #include <iostream>
 #include <map>
 #include <memory>
-#include <optional>
 
 #include <getopt.h>
 #include <libxml/tree.h>
@@ -19,6 +18,7 @@
 #include "run_loader.h"
 #include "settings.h"
 #include "survey.h"
+#include "variable_state.h"
 
 // Where a setting comes from is found out by trying: each option alone, each variable alone, and
 // the main document with one element's text replaced. What changes by it, it sets. No setting has
@@ -48,25 +48,6 @@ struct Source {
 struct Level {
   Values values;
   std::vector<Source> sources;
-};
-
-/// For its life a variable has another state.
-class VariableState {
- public:
-  VariableState(const char* name, const char* value) : name_(name) {
-    const char* before = std::getenv(name);
-    if (before != nullptr) {
-      before_ = before;
-    }
-    value == nullptr ? unsetenv(name) : setenv(name, value, 1);
-  }
-  VariableState(const VariableState&) = delete;
-  VariableState& operator=(const VariableState&) = delete;
-  ~VariableState() { before_ ? setenv(name_, before_->c_str(), 1) : unsetenv(name_); }
-
- private:
-  const char* name_;
-  std::optional<std::string> before_;
 };
 
 /// The settings that these words and this main document make, whatever the document says: a

@@ -1,30 +1,28 @@
-#include <cerrno>
-#include <csignal>
+#include "command_line.h"
+
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <new>
+#include <optional>
 
 #include <CLI/CLI.hpp>
-#include <unistd.h>
 
 #include <qorn/fs.h>
 #include <qorn/str.h>
 
 #include "check.h"
-#include "descriptor_buffer.h"
 #include "diff.h"
 #include "graph.h"
 #include "list.h"
 #include "nodes.h"
 #include "run_loader.h"
 #include "show.h"
+#include "variable_state.h"
 #include "why.h"
 
 namespace qorn::inspect {
 namespace {
-
-constexpr int WRONG_USE = 2;
 
 using Arguments = std::vector<std::string>;
 
@@ -61,10 +59,6 @@ struct Options {
   bool expand = false;
   bool count = false;
 };
-
-void use_root(const std::string& root) {
-  setenv("QORN_ROOT", fs::abspath(root).c_str(), 1);
-}
 
 CLI::App* add_command(CLI::App& app, const char* name, const char* description, Options& options) {
   CLI::App* command = app.add_subcommand(name, description);
@@ -160,8 +154,9 @@ int run_command(const std::string& command, const Options& options, const Argume
   if (options.roots.size() > 1) {
     throw Trouble(command + " takes one --root");
   }
+  std::optional<VariableState> root;
   if (!options.roots.empty()) {
-    use_root(options.roots.front());
+    root.emplace("QORN_ROOT", fs::abspath(options.roots.front()).c_str());
   }
   const bool json = options.format == "json";
   if (command == "check") {
@@ -186,7 +181,7 @@ int run_command(const std::string& command, const Options& options, const Argume
   return EXIT_SUCCESS;
 }
 
-int run(int argc, char** argv) {
+int answer(int argc, char** argv) {
   CommandLine line = split(argc, argv);
   CLI::App app("Questions about an installation and a run", "qorn-inspect");
   app.set_version_flag("--version", QORN_VERSION);
@@ -205,9 +200,11 @@ int run(int argc, char** argv) {
   return run_command(app.get_subcommands().front()->get_name(), options, line.front_end);
 }
 
-int run_or_report(int argc, char** argv) {
+}  // namespace
+
+int run(int argc, char** argv) {
   try {
-    return run(argc, argv);
+    return answer(argc, argv);
   } catch (const Trouble& trouble) {
     if (*trouble.what() != '\0') {
       std::cerr << "qorn-inspect: " << str::printable(trouble.what(), "\n") << '\n';
@@ -220,23 +217,4 @@ int run_or_report(int argc, char** argv) {
   return WRONG_USE;
 }
 
-int run_program(int argc, char** argv) {
-  std::signal(SIGPIPE, SIG_IGN);
-  frontend::DescriptorBuffer buffer(STDOUT_FILENO);
-  std::streambuf* before = std::cout.rdbuf(&buffer);
-  int status = run_or_report(argc, argv);
-  std::cout.flush();
-  std::cout.rdbuf(before);
-  if (buffer.error() != 0) {
-    std::cerr << "Could not write to standard output: " << std::strerror(buffer.error()) << '\n';
-    status = WRONG_USE;
-  }
-  return status;
-}
-
-}  // namespace
 }  // namespace qorn::inspect
-
-int main(int argc, char** argv) {
-  return qorn::inspect::run_program(argc, argv);
-}
