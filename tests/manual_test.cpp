@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "commands.h"
 #include "test_installation.h"
 
 namespace qorn::testing {
@@ -61,6 +62,21 @@ TEST(Manual, AndUsageNameTheOptionsThatThereAre) {
   EXPECT_EQ(minus(options, usage),
             (Names{"a", "-all", "x", "-min-severity", "-machinefile", "-nodelist",
                    "-framework-definition", "-grouplist", "-nodegroup", "-level"}));
+}
+
+TEST(Manual, OfQornInspectNamesTheOptionsOfItsCommands) {
+  Names options = {"-root", "-color"};
+  for (const inspect::Command& command : inspect::commands()) {
+    for (const inspect::CommandOption& option : command.options) {
+      for (const std::string& name : str::split(option.names, ',', false)) {
+        if (name.starts_with('-')) {
+          options.insert(name.substr(1));
+        }
+      }
+    }
+  }
+  const Names manual = in_text(read_file(QORN_DOCS "/man/qorn-inspect.1"), "(?:Fl| ,) (\\S+)");
+  EXPECT_EQ(minus(manual, {"-"}), options);
 }
 
 }  // namespace

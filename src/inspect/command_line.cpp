@@ -5,63 +5,60 @@
 #include <iostream>
 #include <new>
 #include <optional>
+#include <type_traits>
 
 #include <CLI/CLI.hpp>
 
 #include <qorn/fs.h>
 #include <qorn/str.h>
 
-#include "check.h"
-#include "diff.h"
-#include "graph.h"
-#include "list.h"
-#include "nodes.h"
+#include "commands.h"
 #include "run_loader.h"
-#include "show.h"
 #include "variable_state.h"
-#include "why.h"
 
 namespace qorn::inspect {
 namespace {
 
-using Arguments = std::vector<std::string>;
-
-/// The program's own command line, and a front-end's behind the first "--".
-struct CommandLine {
-  Arguments own;
-  Arguments front_end;
-};
-
-CommandLine split(int argc, char** argv) {
-  CommandLine line;
-  Arguments* part = &line.own;
+/// Gives the words ahead of the first "--"; those behind it are a front-end's.
+std::vector<std::string> take_words(int argc, char** argv, CommandOptions& options) {
+  std::vector<std::string> own;
+  std::vector<std::string>* part = &own;
   for (int i = 1; i < argc; ++i) {
-    if (part == &line.own && std::strcmp(argv[i], "--") == 0) {
-      part = &line.front_end;
+    if (part == &own && std::strcmp(argv[i], "--") == 0) {
+      part = &options.run_arguments;
     } else {
       part->push_back(argv[i]);
     }
   }
-  return line;
+  return own;
 }
 
-/// What the sub-commands' options fill.
-struct Options {
-  std::vector<std::string> roots;
-  std::string color = "auto";
-  std::string format = "text";
-  CheckOptions check;
-  GraphOptions graph;
-  bool origin = false;
-  std::vector<std::string> words;
-  std::string node_group_file;
-  bool fold = false;
-  bool expand = false;
-  bool count = false;
-};
+void add_option(CLI::App& command, const CommandOption& row, CommandOptions& options) {
+  CLI::Option* option = nullptr;
+  const auto add = [&](auto member) {
+    auto& value = options.*member;
+    if constexpr (std::is_same_v<decltype(value), bool&>) {
+      option = command.add_flag(row.names, value, row.text);
+    } else {
+      option = command.add_option(row.names, value, row.text);
+    }
+  };
+  std::visit(add, row.target);
+  if (row.number > 0) {
+    option->expected(row.number);
+  }
+  option->required(row.is_required);
+  if (!row.words.empty()) {
+    option->check(CLI::IsMember(row.words));
+  }
+  for (const char* other : row.alternatives) {
+    option->excludes(command.get_option(other));
+  }
+}
 
-CLI::App* add_command(CLI::App& app, const char* name, const char* description, Options& options) {
-  CLI::App* command = app.add_subcommand(name, description);
+void add_command(CLI::App& app, const Command& row, CommandOptions& options) {
+  CLI::App* command = app.add_subcommand(
+      row.name, std::string(row.text) + (row.takes_run_arguments ? " (-- ARGUMENTS)" : ""));
   command
       ->add_option("--root", options.roots,
                    "installation root, instead of QORN_ROOT and the program's own")
@@ -69,135 +66,44 @@ CLI::App* add_command(CLI::App& app, const char* name, const char* description, 
       ->check(CLI::ExistingDirectory);
   command->add_option("--color", options.color, "auto, always or never")
       ->check(CLI::IsMember({"auto", "always", "never"}));
-  return command;
-}
-
-void add_format(CLI::App* command, Options& options) {
-  command->add_option("--format", options.format, "text or json")
-      ->check(CLI::IsMember({"text", "json"}));
-}
-
-void add_check(CLI::App& app, Options& options) {
-  CLI::App* command = add_command(app, "check", "every fault of an installation", options);
-  command->add_option("-f,--nodefile", options.check.node_file, "a node file to check as well");
-  command->add_option("-g,--groupfile", options.check.node_group_file,
-                      "a node group document to check as well");
-  command->add_flag("--strict", options.check.strict, "exit with 3 when there are warnings alone");
-  command->add_flag("-v,--verbose", options.check.verbose, "show follow-ups as well");
-  command->add_option("DOCUMENT", options.check.documents, "only what is wrong with these");
-  add_format(command, options);
-}
-
-void add_questions(CLI::App& app, Options& options) {
-  CLI::App* show = add_command(app, "show", "the settings of a run (-- ARGUMENTS)", options);
-  show->add_flag("--origin", options.origin, "where each comes from, and what didn't count");
-  add_format(show, options);
-  CLI::App* why =
-      add_command(app, "why", "what runs on a node, or why not (-- ARGUMENTS)", options);
-  why->add_option("NODE FRAMEWORK", options.words, "a node, and a framework definition")
-      ->required()
-      ->expected(1, 2);
-  CLI::App* list = add_command(app, "list", "names in force, one a line (-- ARGUMENTS)", options);
-  list->add_option("WHAT", options.words, "frameworks, providers, groups, nodes or files")
-      ->required()
-      ->expected(1)
-      ->check(CLI::IsMember(LISTS));
-  CLI::App* diff =
-      add_command(app, "diff", "two records, or --root A --root B (-- ARGUMENTS)", options);
-  diff->add_option("RECORD", options.words, "two files that QORN_RECORD wrote")->expected(2);
-}
-
-void add_graph(CLI::App& app, Options& options) {
-  CLI::App* command = add_command(app, "graph", "includes as a DOT graph", options);
-  command->add_option("--from", options.graph.from, "a framework definition to start from");
-  command->add_option("--depth", options.graph.depth, "how many includes to follow");
-  command->add_flag("--reverse", options.graph.reverse, "what leads to it instead");
-  command->add_flag("--providers", options.graph.providers, "provider documents as well");
-}
-
-void add_nodes(CLI::App& app, Options& options) {
-  CLI::App* command = add_command(app, "nodes", "host names, folded or one a line", options);
-  CLI::Option* expand = command->add_flag("--expand", options.expand, "one name a line");
-  CLI::Option* count = command->add_flag("--count", options.count, "the number of names");
-  command->add_flag("--fold", options.fold, "folded, as without an option")
-      ->excludes(expand)
-      ->excludes(count);
-  count->excludes(expand);
-  command->add_option("-g,--groupfile", options.node_group_file,
-                      "the node group document of @GROUP");
-  command->add_option("EXPRESSION", options.words, "names and @groups, joined by , ! and &")
-      ->required();
-}
-
-int run_diff(const Options& options, const Arguments& arguments) {
-  if (options.roots.size() == 2 && options.words.empty()) {
-    return diff_roots(options.roots[0], options.roots[1], arguments, Terminal(options.color));
+  for (const CommandOption& option : row.options) {
+    add_option(*command, option, options);
   }
-  if (!options.roots.empty() || options.words.size() != 2) {
-    throw Trouble("diff takes two records, or --root twice");
-  }
-  return diff_records(options.words[0], options.words[1], Terminal(options.color));
 }
 
-/// Commands that take a front-end's arguments.
-bool takes_arguments(const std::string& command) {
-  return command == "show" || command == "why" || command == "list" || command == "diff";
-}
-
-int run_command(const std::string& command, const Options& options, const Arguments& arguments) {
-  if (!arguments.empty() && !takes_arguments(command)) {
-    throw Trouble(command + " takes no arguments behind --");
-  }
-  if (command == "diff") {
-    return run_diff(options, arguments);
-  }
-  if (options.roots.size() > 1) {
-    throw Trouble(command + " takes one --root");
+int run_command(const Command& command, const CommandOptions& options) {
+  if (!options.run_arguments.empty() && !command.takes_run_arguments) {
+    throw Trouble(std::string(command.name) + " takes no arguments behind --");
   }
   std::optional<VariableState> root;
-  if (!options.roots.empty()) {
+  if (!command.compares_roots && !options.roots.empty()) {
+    if (options.roots.size() > 1) {
+      throw Trouble(std::string(command.name) + " takes one --root");
+    }
     root.emplace("QORN_ROOT", fs::abspath(options.roots.front()).c_str());
   }
-  const bool json = options.format == "json";
-  if (command == "check") {
-    return check(options.check, json, Terminal(options.color));
-  }
-  if (command == "show") {
-    show_settings(arguments, options.origin, json,
-                  options.roots.empty() ? "environment QORN_ROOT" : "option --root");
-  } else if (command == "why") {
-    return explain(options.words, arguments, Terminal(options.color));
-  } else if (command == "graph") {
-    print_graph(options.graph);
-  } else if (command == "list") {
-    print_list(options.words.front(), arguments);
-  } else {
-    print_nodes(options.words,
-                options.count    ? NodeForm::COUNT
-                : options.expand ? NodeForm::EXPAND
-                                 : NodeForm::FOLD,
-                options.node_group_file);
-  }
-  return EXIT_SUCCESS;
+  return command.operation(options);
 }
 
 int answer(int argc, char** argv) {
-  CommandLine line = split(argc, argv);
   CLI::App app("Questions about an installation and a run", "qorn-inspect");
   app.set_version_flag("--version", QORN_VERSION);
   app.require_subcommand(1);
-  Options options;
-  add_check(app, options);
-  add_questions(app, options);
-  add_graph(app, options);
-  add_nodes(app, options);
+  CommandOptions options;
+  for (const Command& command : commands()) {
+    add_command(app, command, options);
+  }
   try {
-    std::reverse(line.own.begin(), line.own.end());  // as CLI11 takes a vector
-    app.parse(line.own);
+    std::vector<std::string> words = take_words(argc, argv, options);
+    std::reverse(words.begin(), words.end());  // as CLI11 takes a vector
+    app.parse(words);
   } catch (const CLI::ParseError& error) {
     return app.exit(error, std::cout, std::cerr) == 0 ? EXIT_SUCCESS : WRONG_USE;
   }
-  return run_command(app.get_subcommands().front()->get_name(), options, line.front_end);
+  const std::string name = app.get_subcommands().front()->get_name();
+  return run_command(*std::find_if(commands().begin(), commands().end(),
+                                   [&](const Command& each) { return each.name == name; }),
+                     options);
 }
 
 }  // namespace

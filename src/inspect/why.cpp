@@ -372,32 +372,31 @@ void print_unreached(const std::string& name, const Explanation& explanation,
 
 }  // namespace
 
-int explain(const std::vector<std::string>& question, const std::vector<std::string>& arguments,
-            const Terminal& terminal) {
+int explain(const std::string& node_name, const std::optional<std::string>& framework,
+            const std::vector<std::string>& arguments, const Terminal& terminal) {
   LoadedRun run;
   run.read_arguments(arguments);
   run.read_nodes();
   run.read_main_document();
   run.read_frameworks();
-  const Node* node = find_node(question.front(), run.config);
+  const Node* node = find_node(node_name, run.config);
   if (node == nullptr) {
-    print_unknown_node(question.front(), run.config);
+    print_unknown_node(node_name, run.config);
     return 1;
   }
   Explanation explanation(run, *node, terminal);
   std::cout << node->hostname << " ("
             << joined(std::set<std::string>(node->roles.begin(), node->roles.end())) << ")\n";
-  bool found = question.size() == 1;
+  bool found = !framework;
   bool runs = false;
   for (const Definition* definition : explanation.in_order()) {
-    if (question.size() == 1 || definition->name == question[1] ||
-        definition->path == question[1]) {
+    if (!framework || definition->name == framework || definition->path == framework) {
       found = true;
       runs = explanation.print(*definition) || runs;
     }
   }
   if (!found) {
-    print_unreached(question[1], explanation, run.config);
+    print_unreached(*framework, explanation, run.config);
   }
   return runs ? 0 : 1;
 }

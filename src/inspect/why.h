@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -7,10 +8,10 @@
 
 namespace qorn::inspect {
 
-/// Prints what runs on a node and how that comes about, or the first condition that fails.
-/// `question` is the node and, optionally, one framework definition. Gives 0 when something runs
-/// there, else 1. Throws Trouble when the run would fail.
-int explain(const std::vector<std::string>& question, const std::vector<std::string>& arguments,
-            const Terminal& terminal);
+/// Prints what runs on the node of that name and how that comes about, or the first condition
+/// that fails; of all framework definitions, or of that one, by name or path. Gives 0 when
+/// something runs there, else 1. Throws Trouble when the run would fail.
+int explain(const std::string& node_name, const std::optional<std::string>& framework,
+            const std::vector<std::string>& arguments, const Terminal& terminal);
 
 }  // namespace qorn::inspect
