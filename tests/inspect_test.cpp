@@ -1,12 +1,16 @@
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
+#include <set>
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 #include <sys/wait.h>
 
 #include <qorn/str.h>
 
 #include "command_line.h"
+#include "finding.h"
 #include "test_installation.h"
 
 namespace qorn::testing {
@@ -315,6 +319,51 @@ TEST_F(Inspect, CheckAsJsonFollowsTheInstalledSchema) {
                    " " + installed("etc/inspect.schema.json"))
                       .c_str()),
       0);
+}
+
+using Words = std::multiset<std::string>;
+
+/// ID, severity and sentence of each kind in the JSON schema.
+Words kinds_in_schema() {
+  Words kinds;
+  const auto schema = nlohmann::json::parse(read_file(installed("etc/inspect.schema.json")));
+  for (const std::string severity : {"error", "warning"}) {
+    for (const auto& kind : schema["definitions"][severity]["properties"]["id"]["oneOf"]) {
+      kinds.insert(kind["const"].get<std::string>() + " " + severity + " " +
+                   kind["description"].get<std::string>());
+    }
+  }
+  return kinds;
+}
+
+Words kinds_in_manual() {
+  Words kinds;
+  const std::string page = read_file(QORN_DOCS "/man/qorn-inspect.1");
+  const std::regex item("\\.It Cm (\\S+) Pq (\\S+)\\n(.*)");
+  for (std::sregex_iterator each(page.begin(), page.end(), item), end; each != end; ++each) {
+    kinds.insert((*each)[1].str() + " " + (*each)[2].str() + " " + (*each)[3].str());
+  }
+  return kinds;
+}
+
+TEST(FindingKinds, AreThoseOfTheSchemaAndOfTheManual) {
+  Words kinds;
+  for (const inspect::FindingKindRow& row : inspect::finding_kinds()) {
+    kinds.insert(std::string(row.id) + " " + inspect::severity_word(row.kind) + " " + row.sentence);
+  }
+  EXPECT_EQ(kinds_in_schema(), kinds);
+  EXPECT_EQ(kinds_in_manual(), kinds);
+}
+
+TEST(Findings, OfOnePlaceHideNeitherAnotherKindNorAFault) {
+  inspect::Findings findings;
+  const inspect::Place place{"f", 1};
+  findings.add(inspect::FindingKind::WRONG_WORD, place, "a").follow_up = true;
+  findings.add(inspect::FindingKind::WRONG_WORD, place, "a");
+  findings.add(inspect::FindingKind::WRONG_VALUE, place, "a");
+  findings.settle({});
+  EXPECT_EQ(findings.count(xml::Fault::Severity::ERROR), 2U);
+  EXPECT_EQ(findings.count_follow_ups(), 0U);
 }
 
 struct Question {

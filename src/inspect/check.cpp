@@ -13,6 +13,7 @@
 
 #include "check_elements.h"
 #include "check_schema.h"
+#include "finding_report.h"
 #include "run_loader.h"
 #include "survey.h"
 
@@ -30,15 +31,15 @@ bool is_file(const std::string& path) {
 void check_provider(const std::string& path, const xml::DocumentPtr& doc, Survey& survey) {
   const xml::XPath xpath(doc);
   for (const xmlNode* role : xpath.nodes("//configuration/role[.!='']")) {
-    survey.provider_roles.push_back({Kind::UNKNOWN, xml::content_of(role), "", place_of(role)});
+    survey.provider_roles.push_back({Kind::UNKNOWN, xml::content_of(role), "", Place::of(role)});
   }
   const xmlNode* command = xpath.first("//configuration/command");
   if (const std::size_t size = xml::content_of(command).size(); size > LONGEST_COMMAND) {
-    survey.faults.error(
-        "command-cut", place_of(command),
+    survey.findings.add(
+        FindingKind::COMMAND_CUT, Place::of(command),
         "<command> has " + std::to_string(size) + " characters; a run cuts it at 256");
   }
-  if (survey.faults.has_error(path)) {
+  if (survey.findings.has_error(path)) {
     return;
   }
   provider_config provider;
@@ -46,7 +47,7 @@ void check_provider(const std::string& path, const xml::DocumentPtr& doc, Survey
   const Capture capture;
   if (preproc::Preprocessor::parse_provider_config_xml(provider, path, config, "") != 0) {
     const std::vector<std::string> lines = capture.error_lines();
-    survey.faults.error("provider-unusable", {path, 0},
+    survey.findings.add(FindingKind::PROVIDER_UNUSABLE, {path, 0},
                         lines.empty() ? "can't be used" : lines.front());
   }
 }
@@ -54,7 +55,7 @@ void check_provider(const std::string& path, const xml::DocumentPtr& doc, Survey
 void note_suppressions(const xml::DocumentPtr& doc, Survey& survey) {
   for (const xmlNode* id :
        xml::XPath(doc).nodes("/*/analyzer[1]/suppressions[1]/suppress/id[1][.!='']")) {
-    survey.suppressed.push_back({Kind::UNKNOWN, xml::content_of(id), "", place_of(id)});
+    survey.suppressed.push_back({Kind::UNKNOWN, xml::content_of(id), "", Place::of(id)});
   }
 }
 
@@ -66,7 +67,7 @@ void note_message_ids(const xml::DocumentPtr& doc, Survey& survey) {
 
 void check_content(const std::string& path, Kind kind, const xml::DocumentPtr& doc,
                    Survey& survey) {
-  check_elements(kind, doc, survey.faults);
+  check_elements(kind, doc, survey.findings);
   switch (kind) {
     case Kind::FRAMEWORK:
       survey.graph.add(path, doc);
@@ -97,13 +98,13 @@ Kind check_document(const std::string& path, Kind kind, Survey& survey) {
   xml::DocumentPtr doc = xml::read_document(path, ignored);
   const Kind by_place = kind_of(path, survey.root, doc);
   kind = kind == Kind::UNKNOWN || by_place == Kind::REPORT ? by_place : kind;
-  doc = check_schema(path, kind, survey.root, survey.faults);
+  doc = check_schema(path, kind, survey.root, survey.findings);
   if (doc == nullptr) {
     survey.names_are_missing |= kind == Kind::FRAMEWORK;
   } else if (kind == Kind::UNKNOWN) {
-    survey.faults.warning("unknown-kind", {path, 0},
-                          "no kind of document of an installation: its root element is <" +
-                              std::string(xml::name_of(xml::root_of(doc))) + ">");
+    survey.findings.add(FindingKind::UNKNOWN_KIND, {path, 0},
+                        "no kind of document of an installation: its root element is <" +
+                            std::string(xml::name_of(xml::root_of(doc))) + ">");
   } else {
     check_content(path, kind, doc, survey);
   }
@@ -155,11 +156,11 @@ void check_documents(const std::vector<std::string>& named, Survey& survey) {
       const bool counts =
           named.empty() || std::find(named.begin(), named.end(), path) != named.end();
       if (kind == Kind::RULE_FILE || kind == Kind::NODE_FILE) {
-        (kind == Kind::RULE_FILE ? survey.faults.read.rule_files : survey.faults.read.node_files) +=
-            counts ? 1 : 0;
+        (kind == Kind::RULE_FILE ? survey.findings.read.rule_files
+                                 : survey.findings.read.node_files) += counts ? 1 : 0;
         continue;
       }
-      survey.faults.read.documents += counts ? 1 : 0;
+      survey.findings.read.documents += counts ? 1 : 0;
       survey.files[path] = check_document(path, kind, survey);
     }
   }
@@ -191,10 +192,6 @@ std::vector<std::string> Survey::names_of(Kind kind) const {
   return names;
 }
 
-std::string short_path(const std::string& path, const std::string& root) {
-  return path.starts_with(root + "/") ? path.substr(root.size() + 1) : path;
-}
-
 int check(const CheckOptions& options, bool json, const Terminal& terminal) {
   const xml::RunScope schemas;
   Survey survey(node::get_default_path());
@@ -214,13 +211,16 @@ int check(const CheckOptions& options, bool json, const Terminal& terminal) {
   for (const std::string& file : group_files(options, survey)) {
     check_groups(survey, file);
   }
-  survey.faults.settle(named);
+  survey.findings.settle(named);
   if (json) {
-    survey.faults.print_json(std::cout, survey.root);
+    print_json(survey.findings, std::cout, survey.root);
   } else {
-    survey.faults.print(std::cout, terminal, options.verbose);
+    print_text(survey.findings, std::cout, terminal, options.verbose);
   }
-  return survey.faults.exit_status(options.strict);
+  if (survey.findings.count(xml::Fault::Severity::ERROR) > 0) {
+    return 1;
+  }
+  return options.strict && survey.findings.count(xml::Fault::Severity::WARNING) > 0 ? 3 : 0;
 }
 
 }  // namespace qorn::inspect

@@ -14,44 +14,42 @@
 namespace qorn::inspect {
 namespace {
 
-using Severity = Finding::Severity;
-
+/// Elements of a kind of document that are faults as they stand.
 struct ElementRow {
-  Kind kind;
+  Kind in;
   const char* elements;
-  Severity severity;
-  const char* id;
+  FindingKind kind;
   const char* words;  // behind the element's name
 };
 constexpr ElementRow ELEMENTS[] = {
-    {Kind::FRAMEWORK, "/*/framework_definition[1]/includes[1]/include[.='']", Severity::ERROR,
-     "empty-element", "is empty, which ends a run"},
+    {Kind::FRAMEWORK, "/*/framework_definition[1]/includes[1]/include[.='']",
+     FindingKind::EMPTY_ELEMENT, "is empty, which ends a run"},
     {Kind::FRAMEWORK,
      "/*/framework_definition[1]/*[self::analyzer_extension or self::postproc_extensions or "
      "self::message_catalogs or self::message_schemas]/entry[.='']",
-     Severity::ERROR, "empty-element", "is empty, which ends a run"},
-    {Kind::MAIN, "/*/postprocessor[1]/postproc_extensions[1]/entry[.='']", Severity::ERROR,
-     "empty-element", "is empty, which ends a run"},
+     FindingKind::EMPTY_ELEMENT, "is empty, which ends a run"},
+    {Kind::MAIN, "/*/postprocessor[1]/postproc_extensions[1]/entry[.='']",
+     FindingKind::EMPTY_ELEMENT, "is empty, which ends a run"},
     {Kind::MAIN, "/*/analyzer[1]/config[1]//data-age-threshold[not(*) and number()!=number()]",
-     Severity::ERROR, "wrong-value", "is no number of days, which ends a run"},
-    {Kind::MAIN, "/*/analyzer[1][not(config)]/suppressions[1]", Severity::WARNING,
-     "element-without-effect", "has no effect: it is read beside an element <config> alone"},
-    {Kind::KNOWLEDGE_BASE, "/*/*/*[.='']", Severity::ERROR, "empty-element",
+     FindingKind::WRONG_VALUE, "is no number of days, which ends a run"},
+    {Kind::MAIN, "/*/analyzer[1][not(config)]/suppressions[1]", FindingKind::ELEMENT_WITHOUT_EFFECT,
+     "has no effect: it is read beside an element <config> alone"},
+    {Kind::KNOWLEDGE_BASE, "/*/*/*[.='']", FindingKind::EMPTY_ELEMENT,
      "is empty, which ends a run"},
-    {Kind::REPORT, "/*/*/message_id[.='']", Severity::ERROR, "empty-element",
+    {Kind::REPORT, "/*/*/message_id[.='']", FindingKind::EMPTY_ELEMENT,
      "is empty, which ends a run"},
-    {Kind::REPORT, "/*/*/constraints[not(*) or message_id[.='']]", Severity::WARNING,
-     "element-without-effect", "is dropped: it is empty, or a message_id in it is"},
-    {Kind::TABLE, "/*/*[not(@id)]", Severity::WARNING, "missing-attribute",
+    {Kind::REPORT, "/*/*/constraints[not(*) or message_id[.='']]",
+     FindingKind::ELEMENT_WITHOUT_EFFECT, "is dropped: it is empty, or a message_id in it is"},
+    {Kind::TABLE, "/*/*[not(@id)]", FindingKind::ELEMENT_WITHOUT_EFFECT,
      "is passed over: it has no attribute 'id'"},
-    {Kind::TABLE, "/*/*/*[not(@name and @msg-id)]", Severity::WARNING, "missing-attribute",
+    {Kind::TABLE, "/*/*/*[not(@name and @msg-id)]", FindingKind::ELEMENT_WITHOUT_EFFECT,
      "is passed over: it needs the attributes 'name' and 'msg-id'"},
-    {Kind::TYPE_MAP, "/*/*[@type='MULTI' and not(@data_type)]", Severity::ERROR,
-     "missing-attribute", "of type MULTI needs the attribute 'data_type'"},
-    {Kind::GROUPS, "/*/*[not(@name)]", Severity::WARNING, "missing-attribute",
+    {Kind::TYPE_MAP, "/*/*[@type='MULTI' and not(@data_type)]", FindingKind::MISSING_ATTRIBUTE,
+     "of type MULTI needs the attribute 'data_type'"},
+    {Kind::GROUPS, "/*/*[not(@name)]", FindingKind::ELEMENT_WITHOUT_EFFECT,
      "is passed over: it has no attribute 'name'"},
-    {Kind::CUSTOM_PROVIDERS, "/*/collector/provider[1]/*/optionset[not(@id)]", Severity::WARNING,
-     "missing-attribute", "is passed over: it has no attribute 'id'"}};
+    {Kind::CUSTOM_PROVIDERS, "/*/collector/provider[1]/*/optionset[not(@id)]",
+     FindingKind::ELEMENT_WITHOUT_EFFECT, "is passed over: it has no attribute 'id'"}};
 
 using Words = std::vector<std::string>;
 
@@ -64,12 +62,13 @@ Words words_of(const WordTable<Value>& table) {
   return words;
 }
 
+/// Elements of a kind of document with one of a few words.
 struct WordRow {
-  Kind kind;
+  Kind in;
   const char* elements;
   const char* attribute;  // null: the element's text
   Words words;
-  Severity severity;
+  FindingKind kind;  // of another word
 };
 
 /// The type words of the type map are known in upper and in lower case.
@@ -80,18 +79,18 @@ const std::vector<WordRow>& word_rows() {
                                     "long", "double", "string", "symbol"};
   static const std::vector<WordRow> ROWS = {
       {Kind::MAIN, "/*/analyzer[1]/log_level[1][.!='']", nullptr, words_of(LOG_LEVELS),
-       Severity::ERROR},
+       FindingKind::WRONG_WORD},
       {Kind::MAIN, "/*/collector/timeout[@scale]", "scale", words_of(SCALE_TYPES),
-       Severity::WARNING},
+       FindingKind::WORD_WITHOUT_EFFECT},
       {Kind::CUSTOM_PROVIDERS, "/*/collector/provider[1]/*/*/timeout[@scale]", "scale",
-       words_of(SCALE_TYPES), Severity::WARNING},
-      {Kind::TYPE_MAP, "/*/*", "type", TYPES, Severity::ERROR},
+       words_of(SCALE_TYPES), FindingKind::WORD_WITHOUT_EFFECT},
+      {Kind::TYPE_MAP, "/*/*", "type", TYPES, FindingKind::WRONG_WORD},
       {Kind::TYPE_MAP, "/*/*[@type='MULTI' and @data_type]", "data_type", VALUE_TYPES,
-       Severity::ERROR}};
+       FindingKind::WRONG_WORD}};
   return ROWS;
 }
 
-void check_word(const WordRow& row, const xmlNode* element, FaultList& faults) {
+void check_word(const WordRow& row, const xmlNode* element, Findings& findings) {
   std::string word;
   if (row.attribute == nullptr) {
     word = xml::content_of(element);
@@ -101,39 +100,30 @@ void check_word(const WordRow& row, const xmlNode* element, FaultList& faults) {
   if (std::find(row.words.begin(), row.words.end(), word) != row.words.end()) {
     return;
   }
-  const std::string message =
+  findings.add(
+      row.kind, Place::of(element),
       "<" + std::string(xml::name_of(element)) + ">" +
-      (row.attribute == nullptr ? "" : ", attribute '" + std::string(row.attribute) + "'") + ": '" +
-      word + "' is no known word" + did_you_mean(word, row.words);
-  if (row.severity == Severity::ERROR) {
-    faults.error("wrong-word", place_of(element), message);
-  } else {
-    faults.warning("wrong-word", place_of(element), message);
-  }
+          (row.attribute == nullptr ? "" : ", attribute '" + std::string(row.attribute) + "'") +
+          ": '" + word + "' is no known word" + did_you_mean(word, row.words));
 }
 
 }  // namespace
 
-void check_elements(Kind kind, const xml::DocumentPtr& doc, FaultList& faults) {
+void check_elements(Kind kind, const xml::DocumentPtr& doc, Findings& findings) {
   const xml::XPath xpath(doc);
   for (const ElementRow& row : ELEMENTS) {
-    if (row.kind != kind) {
+    if (row.in != kind) {
       continue;
     }
     for (const xmlNode* element : xpath.nodes(row.elements)) {
-      const std::string message =
-          "<" + std::string(xml::name_of(element)) + "> " + std::string(row.words);
-      if (row.severity == Severity::ERROR) {
-        faults.error(row.id, place_of(element), message);
-      } else {
-        faults.warning(row.id, place_of(element), message);
-      }
+      findings.add(row.kind, Place::of(element),
+                   "<" + std::string(xml::name_of(element)) + "> " + row.words);
     }
   }
   for (const WordRow& row : word_rows()) {
-    if (row.kind == kind) {
+    if (row.in == kind) {
       for (const xmlNode* element : xpath.nodes(row.elements)) {
-        check_word(row, element, faults);
+        check_word(row, element, findings);
       }
     }
   }

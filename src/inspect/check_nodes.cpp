@@ -26,7 +26,7 @@ std::vector<std::string> known_roles(const Survey& survey) {
 
 /// Turns "FILE:LINE: reason" and "FILE: reason" of the reader into faults.
 void add_reader_lines(const std::vector<std::string>& lines, const std::string& file,
-                      FaultList& faults) {
+                      Findings& findings) {
   for (const std::string& line : lines) {
     const std::string prefix = str::printable(file) + ":";
     long number = 0;
@@ -37,7 +37,7 @@ void add_reader_lines(const std::vector<std::string>& lines, const std::string& 
       number = std::stol(reason.substr(0, colon));
       reason.erase(0, colon + 1);
     }
-    faults.error("node-file", {file, number}, str::stripws(reason));
+    findings.add(FindingKind::NODE_FILE, {file, number}, str::stripws(reason));
   }
 }
 
@@ -95,8 +95,8 @@ class NodeLines {
     }
     for (const std::string& role : roles_of(line.substr(end))) {
       if (std::find(roles_.begin(), roles_.end(), role) == roles_.end()) {
-        survey_.faults.warning("unknown-role", {file_, number},
-                               "'" + role + "' is no known role" + did_you_mean(role, roles_));
+        survey_.findings.add(FindingKind::UNKNOWN_ROLE, {file_, number},
+                             "'" + role + "' is no known role" + did_you_mean(role, roles_));
       }
     }
   }
@@ -117,9 +117,9 @@ class NodeLines {
     if (repeated > 1) {
       message += " and " + std::to_string(repeated - 1) + " more";
     }
-    survey_.faults
-        .warning("repeated-host", {file_, number},
-                 message + " stood before, at line " + std::to_string(before.line))
+    survey_.findings
+        .add(FindingKind::REPEATED_HOST, {file_, number},
+             message + " stood before, at line " + std::to_string(before.line))
         .related.push_back({before, "first here"});
   }
 
@@ -137,8 +137,8 @@ void check_provider_roles(const Config& config, Survey& survey) {
   const std::vector<std::string> known(roles.begin(), roles.end());
   for (const Reference& role : survey.provider_roles) {
     if (roles.count(role.name) == 0) {
-      survey.faults.warning(
-          "role-without-node", role.place,
+      survey.findings.add(
+          FindingKind::ROLE_WITHOUT_NODE, role.place,
           "no node has the role '" + role.name + "'" + did_you_mean(role.name, known));
     }
   }
@@ -147,15 +147,15 @@ void check_provider_roles(const Config& config, Survey& survey) {
 void check_tie(const NodeGroups::Tie& tie, const NodeGroups& document, Survey& survey) {
   if (!tie.group.empty()) {
     if (document.find(tie.group) == nullptr) {
-      survey.faults.error(
-          "unknown-group", tie.place,
+      survey.findings.add(
+          FindingKind::UNKNOWN_GROUP, tie.place,
           "no group has the name '" + tie.group + "'" + did_you_mean(tie.group, document.names()));
     }
     return;
   }
   const Definition* definition = survey.graph.find(tie.path);
   if (definition == nullptr || !definition->reason.empty()) {
-    survey.faults.error("missing-file", tie.place,
+    survey.findings.add(FindingKind::MISSING_FILE, tie.place,
                         "the framework definition '" + tie.framework + "' is missing: " + tie.path +
                             did_you_mean(tie.framework, survey.graph.names()));
   }
@@ -172,7 +172,7 @@ void check_nodes(Survey& survey, const std::string& file) {
     good = preproc::Preprocessor().parse_nodefile(str::replace(file, " ", "\\ "), config);
     words = capture.error_lines();
   }
-  add_reader_lines(words, file, survey.faults);
+  add_reader_lines(words, file, survey.findings);
   if (good) {
     NodeLines(file, survey).check();
     check_provider_roles(config, survey);
@@ -180,7 +180,7 @@ void check_nodes(Survey& survey, const std::string& file) {
 }
 
 void check_groups(Survey& survey, const std::string& file) {
-  if (survey.faults.has_error(file)) {
+  if (survey.findings.has_error(file)) {
     return;  // a run reads none of it
   }
   NodeGroups document;
@@ -194,20 +194,20 @@ void check_groups(Survey& survey, const std::string& file) {
     }
   }
   for (const std::string& line : words) {
-    survey.faults.error("group-file", {file, 0}, line);
+    survey.findings.add(FindingKind::GROUP_FILE, {file, 0}, line);
   }
   std::map<std::string, Place> known;
   for (const NodeGroup& group : document.groups) {
     if (group.hosts.empty()) {
-      survey.faults.warning("empty-group", group.place,
-                            "the group '" + group.name + "' has no node, so a run drops it");
+      survey.findings.add(FindingKind::EMPTY_GROUP, group.place,
+                          "the group '" + group.name + "' has no node, so a run drops it");
     }
     const auto [first, added] = known.emplace(group.name, group.place);
     if (!added) {
-      survey.faults
-          .warning("repeated-group", group.place,
-                   "the group '" + group.name + "' stood before, at line " +
-                       std::to_string(first->second.line) + ", which counts")
+      survey.findings
+          .add(FindingKind::REPEATED_GROUP, group.place,
+               "the group '" + group.name + "' stood before, at line " +
+                   std::to_string(first->second.line) + ", which counts")
           .related.push_back({first->second, "first here"});
     }
   }
@@ -215,7 +215,7 @@ void check_groups(Survey& survey, const std::string& file) {
   for (const NodeGroups::Tie& tie : document.ties) {
     check_tie(tie, document, survey);
     if (tie.group.empty() && !tied.emplace(tie.path, tie.place).second) {
-      survey.faults.error("repeated-framework", tie.place,
+      survey.findings.add(FindingKind::REPEATED_FRAMEWORK, tie.place,
                           "the framework definition '" + tie.framework +
                               "' stood before, at line " + std::to_string(tied[tie.path].line) +
                               ": a run ends here");

@@ -37,7 +37,7 @@ void check_reference(const Reference& reference, Survey& survey) {
   if (is_file(reference.path)) {
     return;
   }
-  survey.faults.error("missing-file", reference.place,
+  survey.findings.add(FindingKind::MISSING_FILE, reference.place,
                       std::string("the ") + inspect::name_of(reference.kind) + " '" +
                           reference.name + "' is missing: " + reference.path +
                           did_you_mean(reference.name, candidates_for(reference, survey)));
@@ -51,10 +51,10 @@ void check_cycles(Survey& survey) {
       way += short_path(include->place.file, survey.root) + " -> ";
       related.push_back({include->place, "includes " + include->path});
     }
-    survey.faults
-        .error("include-cycle", cycle.back()->place,
-               "includes come back to their start: " + way +
-                   short_path(cycle.back()->path, survey.root))
+    survey.findings
+        .add(FindingKind::INCLUDE_CYCLE, cycle.back()->place,
+             "includes come back to their start: " + way +
+                 short_path(cycle.back()->path, survey.root))
         .related = std::move(related);
   }
 }
@@ -64,9 +64,9 @@ void check_idle_definitions(Survey& survey) {
     if (definition->reason.empty() && definition->of_kind(Kind::PROVIDER).empty() &&
         definition->of_kind(Kind::RULE_FILE).empty() &&
         definition->of_kind(Kind::FRAMEWORK).empty() &&
-        !survey.faults.has_error(definition->path)) {
-      survey.faults.warning("idle-framework", {definition->path, 0},
-                            "the framework definition has neither provider, rule nor include");
+        !survey.findings.has_error(definition->path)) {
+      survey.findings.add(FindingKind::IDLE_FRAMEWORK, {definition->path, 0},
+                          "the framework definition has neither provider, rule nor include");
     }
   }
 }
@@ -78,8 +78,9 @@ void check_unnamed_providers(Survey& survey) {
   }
   for (const auto& [path, kind] : survey.files) {
     if (kind == Kind::PROVIDER && named.count(path) == 0) {
-      survey.faults
-          .warning("unnamed-provider", {path, 0}, "no framework definition names this provider")
+      survey.findings
+          .add(FindingKind::UNNAMED_PROVIDER, {path, 0},
+               "no framework definition names this provider")
           .follow_up = survey.names_are_missing;
     }
   }

@@ -39,8 +39,8 @@ class RuleLines {
         }
       }
       for (const RuleFile::Variable& variable : file.unbound) {
-        survey_.faults.warning(
-            "unbound-id", {next, variable.line},
+        survey_.findings.add(
+            FindingKind::UNBOUND_ID, {next, variable.line},
             "the id '" + variable.name + "' is bound to no text up to here, so no id is noted");
       }
     }
@@ -50,7 +50,7 @@ class RuleLines {
   /// Whether the load leads somewhere.
   bool check_load(const RuleFile::Load& load, const Place& place, const std::string& directory) {
     if (!load.followed) {
-      survey_.faults.error("dead-load", place,
+      survey_.findings.add(FindingKind::DEAD_LOAD, place,
                            "this load line leads nowhere: only the form (batch* NAME) is followed");
       return false;
     }
@@ -64,8 +64,8 @@ class RuleLines {
         names.push_back(file.substr(directory.size() + 1));
       }
     }
-    survey_.faults.error(
-        "dead-load", place,
+    survey_.findings.add(
+        FindingKind::DEAD_LOAD, place,
         "this load line leads nowhere: " + path + " is missing" + did_you_mean(load.name, names));
     return false;
   }
@@ -83,16 +83,16 @@ void scan(const Reference& mod, const std::string& directory, Config& config, Su
     try {
       preproc::clips_parser::parse_clips_rules(mod.path, rules, config, directory);
     } catch (const std::exception& error) {
-      survey.faults.error("rule-file-unusable", mod.place, error.what());
+      survey.findings.add(FindingKind::RULE_FILE_UNUSABLE, mod.place, error.what());
     }
     words = capture.error_lines();
   }
   for (const std::string& line : words) {
-    survey.faults.error("rule-file-unusable", mod.place, line);
+    survey.findings.add(FindingKind::RULE_FILE_UNUSABLE, mod.place, line);
   }
   if (rules.empty() && words.empty()) {
-    survey.faults.warning("no-rule", mod.place,
-                          "'" + mod.name + "' and what it loads hold no rule");
+    survey.findings.add(FindingKind::NO_RULE, mod.place,
+                        "'" + mod.name + "' and what it loads hold no rule");
   }
 }
 
@@ -143,9 +143,9 @@ void check_diagnoses(Survey& survey, Config& config) {
   for (const auto& [path, of_file] : signs) {
     for (const std::string& sign : of_file) {
       if (std::find(known.begin(), known.end(), sign) == known.end()) {
-        survey.faults
-            .warning("unknown-sign", {path, line_with(path, "\"" + sign + "\"")},
-                     "no rule file mentions the sign '" + sign + "'" + did_you_mean(sign, known))
+        survey.findings
+            .add(FindingKind::UNKNOWN_SIGN, {path, line_with(path, "\"" + sign + "\"")},
+                 "no rule file mentions the sign '" + sign + "'" + did_you_mean(sign, known))
             .follow_up = survey.names_are_missing;
       }
     }
@@ -157,9 +157,9 @@ void check_suppressions(Survey& survey) {
   const std::vector<std::string> known(survey.message_ids.begin(), survey.message_ids.end());
   for (const Reference& id : survey.suppressed) {
     if (survey.message_ids.count(id.name) == 0) {
-      survey.faults
-          .warning("unknown-id", id.place,
-                   "nothing gives the message id '" + id.name + "'" + did_you_mean(id.name, known))
+      survey.findings
+          .add(FindingKind::UNKNOWN_ID, id.place,
+               "nothing gives the message id '" + id.name + "'" + did_you_mean(id.name, known))
           .follow_up = survey.names_are_missing;
     }
   }

@@ -84,12 +84,12 @@ std::string tag(const xmlNode* element) {
 class SchemaCheck {
  public:
   SchemaCheck(xml::DocumentPtr copy, std::string path, std::string xsd, std::string root_element,
-              FaultList& faults)
+              Findings& findings)
       : copy_(std::move(copy)),
         path_(std::move(path)),
         xsd_(std::move(xsd)),
         root_element_(std::move(root_element)),
-        faults_(faults) {}
+        findings_(findings) {}
 
   xml::DocumentPtr run() {
     for (round_ = 0; round_ < MOST_ROUNDS; ++round_) {
@@ -105,8 +105,8 @@ class SchemaCheck {
       report(entry);
     }
     if (repaired_) {
-      faults_.warning("more-may-follow", {path_, 0},
-                      "after 100 rounds of validation more faults may follow");
+      findings_.add(FindingKind::MORE_MAY_FOLLOW, {path_, 0},
+                    "after 100 rounds of validation more faults may follow");
     }
     return std::move(copy_);
   }
@@ -115,7 +115,7 @@ class SchemaCheck {
   enum class Lack { NONE, ELEMENT, ATTRIBUTE, KEY };
   struct Entry {
     Place place;
-    const char* id;
+    FindingKind kind;
     std::string message;
     Lack lack = Lack::NONE;
     const xmlNode* element = nullptr;
@@ -124,11 +124,11 @@ class SchemaCheck {
   };
 
   void take(const xml::ElementFault& found) {
-    Entry entry{{found.fault.file, found.fault.line}, "wrong-value", found.fault.text};
+    Entry entry{{found.fault.file, found.fault.line}, FindingKind::WRONG_VALUE, found.fault.text};
     entry.element = found.element;
     entry.first_round = entry.last_round = round_;
     if (found.element == nullptr) {
-      entry.id = "schema";
+      entry.kind = FindingKind::SCHEMA;
     } else {
       describe(found, entry);
     }
@@ -162,13 +162,13 @@ class SchemaCheck {
         return unexpected_attribute(found.element, text, entry);
       case XML_SCHEMAV_CVC_COMPLEX_TYPE_4:
         entry.lack = Lack::ATTRIBUTE;
-        entry.id = "missing-attribute";
+        entry.kind = FindingKind::MISSING_ATTRIBUTE;
         entry.message = tag(found.element) + " lacks the attribute '" +
                         between(text, "The attribute '", "'") + "'";
         return;
       case XML_SCHEMAV_CVC_IDC:
         entry.lack = Lack::KEY;
-        entry.id = "missing-element";
+        entry.kind = FindingKind::MISSING_ELEMENT;
         entry.message = tag(found.element) + ": " +
                         str::replace(between(text, "key identity-constraint '", "'"), "-", " ");
         return;
@@ -180,14 +180,14 @@ class SchemaCheck {
   }
 
   void wrong_root(xmlNode* element, Entry& entry) {
-    entry.id = "wrong-root";
+    entry.kind = FindingKind::WRONG_ROOT;
     entry.message = "the root element is " + tag(element) + ", expected <" + root_element_ + ">";
     rename(element, root_element_);
   }
 
   static void missing_element(const xmlNode* element, const std::string& text, Entry& entry) {
     entry.lack = Lack::ELEMENT;
-    entry.id = "missing-element";
+    entry.kind = FindingKind::MISSING_ELEMENT;
     entry.message =
         tag(element) + " lacks an element, expected " + joined(words_of(between(text, "( ", " )")));
   }
@@ -201,7 +201,7 @@ class SchemaCheck {
     std::string close = closest_word(name, expected);
     // The validator's list ends after ten names.
     close = close.empty() ? closest_word(name, names("element")) : close;
-    entry.id = "unexpected-element";
+    entry.kind = FindingKind::UNEXPECTED_ELEMENT;
     entry.message = tag(element) + " is not expected in " + tag(element->parent);
     if (is_repeated(element)) {
       entry.message += ", which has it already";
@@ -234,7 +234,7 @@ class SchemaCheck {
   void unexpected_attribute(xmlNode* element, const std::string& text, Entry& entry) {
     const std::string name = between(text, "The attribute '", "'");
     const std::string close = closest_word(name, names("attribute"));
-    entry.id = "unexpected-attribute";
+    entry.kind = FindingKind::UNEXPECTED_ATTRIBUTE;
     entry.message = tag(element) + " has no attribute '" + name + "'" +
                     (close.empty() ? "" : "; did you mean '" + close + "'?");
     std::string value;
@@ -253,7 +253,7 @@ class SchemaCheck {
     const std::string word = between(text, "The value '", "' is not");
     const std::string attribute = between(text, ", attribute '", "'");
     const Words words = words_of(between(text, "{", "}"));
-    entry.id = "wrong-word";
+    entry.kind = FindingKind::WRONG_WORD;
     entry.message = tag(element) + (attribute.empty() ? "" : ", attribute '" + attribute + "'") +
                     ": '" + word + "' is none of " + joined(words) + did_you_mean(word, words);
   }
@@ -274,8 +274,7 @@ class SchemaCheck {
                             removed_from_.count(entry.element) != 0;
     const bool was_mended =
         entry.lack != Lack::NONE && touched_.count(entry.element) != 0 && entry.last_round < round_;
-    Finding& finding = faults_.error(entry.id, entry.place, entry.message);
-    finding.follow_up = comes_late || was_mended;
+    findings_.add(entry.kind, entry.place, entry.message).follow_up = comes_late || was_mended;
   }
 
   static bool has_child(const xmlNode* parent, const std::string& name) {
@@ -326,7 +325,7 @@ class SchemaCheck {
   std::string path_;
   std::string xsd_;
   std::string root_element_;
-  FaultList& faults_;
+  Findings& findings_;
   int round_ = 0;
   bool repaired_ = false;
   std::vector<Entry> entries_;
@@ -341,20 +340,22 @@ class SchemaCheck {
 }  // namespace
 
 xml::DocumentPtr check_schema(const std::string& path, Kind kind, const std::string& root,
-                              FaultList& faults) {
+                              Findings& findings) {
   const Grammar grammar = grammar_of(kind);
   std::vector<xml::Fault> found;
   xml::DocumentPtr copy = xml::read_document(path, found);
   if (copy == nullptr) {
     const xml::Fault& first = found.front();
-    faults.error(first.line > 0 ? "malformed" : "unreadable", {path, first.line}, first.text)
+    findings
+        .add(first.line > 0 ? FindingKind::MALFORMED : FindingKind::UNREADABLE, {path, first.line},
+             first.text)
         .column = first.column;
     return nullptr;
   }
   if (*grammar.schema == '\0') {
     return copy;
   }
-  return SchemaCheck(std::move(copy), path, root + grammar.schema, grammar.root_element, faults)
+  return SchemaCheck(std::move(copy), path, root + grammar.schema, grammar.root_element, findings)
       .run();
 }
 

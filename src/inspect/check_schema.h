@@ -14,6 +14,6 @@ namespace qorn::inspect {
 /// that what stands in a misspelt element is looked at as well; null for a document that can't be
 /// read, which adds its first fault.
 xml::DocumentPtr check_schema(const std::string& path, Kind kind, const std::string& root,
-                              FaultList& faults);
+                              Findings& findings);
 
 }  // namespace qorn::inspect

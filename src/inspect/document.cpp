@@ -173,10 +173,6 @@ std::vector<std::string> installed_files(const std::string& root) {
   return files;
 }
 
-Place place_of(const xmlNode* node) {
-  return {xml::char_to_str(node->doc->URL), std::max(xmlGetLineNo(node), 0L)};
-}
-
 ReferenceReader::ReferenceReader(const std::string& root) {
   config_.root = root;
   parser_.update_defaults(config_);
@@ -196,7 +192,7 @@ std::vector<Reference> ReferenceReader::read(Kind kind, const xml::DocumentPtr& 
       // An empty rule file name stands for a default one.
       if (is_named || row.target == Kind::RULE_FILE) {
         references.push_back(
-            {row.target, name, resolve(kind, row.target, name, element), place_of(element)});
+            {row.target, name, resolve(kind, row.target, name, element), Place::of(element)});
       }
     }
   }

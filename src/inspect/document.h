@@ -6,7 +6,7 @@
 #include <qorn/preproc/fwd_parser.h>
 #include <qorn/xml/document.h>
 
-#include "finding.h"
+#include "place.h"
 
 namespace qorn::inspect {
 
@@ -79,8 +79,5 @@ class ReferenceReader {
   Config config_;
   preproc::FWDParser parser_;
 };
-
-/// The place of a node.
-Place place_of(const xmlNode* node);
 
 }  // namespace qorn::inspect

@@ -1,32 +1,21 @@
 #pragma once
 
-#include <ostream>
 #include <string>
 #include <vector>
 
-#include "terminal.h"
+#include "finding_kind.h"
+#include "place.h"
 
 namespace qorn::inspect {
 
-/// A place in a document.
-struct Place {
-  std::string file;
-  long line = 0;  // 0: the whole file
-};
-
-/// "FILE:LINE", or "FILE" for a place without a line; control bytes are escaped.
-std::string to_string(const Place& place);
-
 /// One fault of an installation.
 struct Finding {
-  enum class Severity { WARNING, ERROR };
   struct Related {
     Place place;
     std::string message;
   };
 
-  Severity severity = Severity::ERROR;
-  const char* id = "";  // of the kind of fault, for scripts
+  FindingKind kind;
   Place place;
   long column = 0;  // 0: unknown
   std::string message;
@@ -35,39 +24,34 @@ struct Finding {
 };
 
 /// What a check has read and found.
-class FaultList {
+class Findings {
  public:
-  Finding& error(const char* id, const Place& place, std::string message);
-  Finding& warning(const char* id, const Place& place, std::string message);
-
-  /// Whether an error about that file is known.
-  bool has_error(const std::string& file) const;
-
-  /// Puts the faults into the order of their files and lines, each once, and drops those about
-  /// files other than `files`, unless that is empty.
-  void settle(const std::vector<std::string>& files);
-
-  /// One line for each fault, then the line with the counts; follow-ups with `verbose` alone.
-  void print(std::ostream& out, const Terminal& terminal, bool verbose) const;
-
-  /// The same as one JSON object, described by etc/inspect.schema.json; follow-ups included.
-  void print_json(std::ostream& out, const std::string& root) const;
-
-  /// 0 for nothing but warnings, 1 for errors, 3 for warnings with `strict`.
-  int exit_status(bool strict) const;
-
   struct Counts {
     std::size_t documents = 0;
     std::size_t rule_files = 0;
     std::size_t node_files = 0;
   };
+
+  /// Gives the new one, which holds until the next is added.
+  Finding& add(FindingKind kind, const Place& place, std::string message);
+
+  /// Whether an error about that file is known.
+  bool has_error(const std::string& file) const;
+
+  /// Puts the findings into the order of their files and lines, drops those about files other
+  /// than `files`, unless that is empty, and what would only be printed again: of one kind, at one
+  /// place, in the same words. A fault isn't dropped for a follow-up.
+  void settle(const std::vector<std::string>& files);
+
+  const std::vector<Finding>& all() const { return findings_; }
+
+  /// Without follow-ups.
+  std::size_t count(xml::Fault::Severity severity) const;
+  std::size_t count_follow_ups() const;
+
   Counts read;
 
  private:
-  Finding& add(Finding::Severity severity, const char* id, const Place& place, std::string message);
-  std::size_t count(Finding::Severity severity) const;
-  std::size_t follow_ups() const;
-
   std::vector<Finding> findings_;
 };
 

@@ -15,7 +15,7 @@ namespace qorn::inspect {
 namespace {
 
 NodeGroup read_group(xmlNode* element, const std::string& name, Config& config) {
-  NodeGroup group{name, place_of(element), {}};
+  NodeGroup group{name, Place::of(element), {}};
   preproc::NodeGroupParser::NodeSet nodes;
   if (preproc::NodeGroupParser().parse_node_group(element, nodes, config) == 1) {
     throw Trouble("");
@@ -67,10 +67,10 @@ NodeGroups read_node_groups(const std::string& file, const std::string& root) {
       continue;
     }
     const std::string path = framework_path(name, root);
-    document.ties.push_back({name, path, "", place_of(element)});
+    document.ties.push_back({name, path, "", Place::of(element)});
     const xmlNode* groups = xml::get_child_node(element, "nodegroups");
     for (const xmlNode* group : xml::get_child_nodes(groups, "group")) {
-      document.ties.push_back({name, path, xml::content_of(group), place_of(group)});
+      document.ties.push_back({name, path, xml::content_of(group), Place::of(group)});
     }
   }
   return document;

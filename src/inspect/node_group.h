@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "finding.h"
+#include "place.h"
 
 namespace qorn::inspect {
 

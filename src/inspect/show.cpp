@@ -17,7 +17,6 @@
 #include "document.h"
 #include "run_loader.h"
 #include "settings.h"
-#include "survey.h"
 #include "variable_state.h"
 
 // Where a setting comes from is found out by trying: each option alone, each variable alone, and
@@ -219,7 +218,7 @@ Level document_level(const Config& config, const Words& stage) {
   std::vector<xmlNode*> leaves;
   add_leaves(main, leaves);
   for (xmlNode* leaf : leaves) {
-    Place place = place_of(leaf);
+    Place place = Place::of(leaf);
     place.file = short_path(place.file, config.root);
     level.sources.push_back(
         {to_string(place), settings_of_element(leaf, main, stage, level.values)});

@@ -24,7 +24,7 @@ struct Survey {
   std::set<std::string> message_ids;      // that message schemas, rules and diagnoses know
   std::vector<Reference> suppressed;      // ids, where suppressions name them
   std::vector<Reference> provider_roles;  // role words, where provider documents name them
-  FaultList faults;
+  Findings findings;
 
   /// Whether a framework definition can't be read, so that its names are not known.
   bool names_are_missing = false;
@@ -33,10 +33,7 @@ struct Survey {
   std::vector<std::string> names_of(Kind kind) const;
 };
 
-/// "etc/fwd/cpu.xml" for a file of the installation, else the whole path.
-std::string short_path(const std::string& path, const std::string& root);
-
-// The checks beyond single documents; each adds its faults to the survey.
+// The checks beyond single documents; each adds what it finds to the survey.
 
 /// Files that are named and missing, cycles, definitions that do nothing, providers that nobody
 /// names.
