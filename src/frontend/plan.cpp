@@ -12,7 +12,6 @@
 
 #include "plan_frameworks.h"
 #include "plan_layout.h"
-#include "words.h"
 
 namespace qorn::frontend {
 namespace {
@@ -280,7 +279,7 @@ std::string conditions(const std::vector<Element>& elements) {
 
 std::string condition(const Element& element) {
   if (element.type != Element::SLOT) {
-    return word_of(CONTROL_WORDS, element.control) + "(" + conditions(element.children) + ")";
+    return word_of(CONTROL_TYPES, element.control) + "(" + conditions(element.children) + ")";
   }
   const Slot& slot = element.slot;
   std::string text = slot.name;

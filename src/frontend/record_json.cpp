@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "json_stream.h"
-#include "words.h"
 
 namespace qorn::frontend {
 namespace {
@@ -220,10 +219,7 @@ void write(JsonStream& json, const internal::GroupAttributes<provider_config>& g
 }
 
 void write(JsonStream& json, const Sorting& key) {
-  Object(json)
-      .add("ascending", key.ascending)
-      .add("field", word_of(SORT_FIELD_WORDS, key.field))
-      .end();
+  Object(json).add("ascending", key.ascending).add("field", word_of(SORT_FIELDS, key.field)).end();
 }
 
 void write(JsonStream& json, const Suppression& suppression) {
@@ -285,7 +281,7 @@ void write(JsonStream& json, const Solution& solution) {
 }
 
 void write(JsonStream& json, templates::DataPt_TYPES type) {
-  json.text(word_of(DATA_TYPE_WORDS, type));
+  json.text(word_of(templates::DATA_POINT_TYPES, type));
 }
 
 void write(JsonStream& json, const Element& element) {
@@ -305,7 +301,7 @@ void write(JsonStream& json, const Element& element) {
       break;
     case Element::CONTROL:
       object.add("type", std::string("control"))
-          .add("control", word_of(CONTROL_WORDS, element.control))
+          .add("control", word_of(CONTROL_TYPES, element.control))
           .add("children", element.children);
       break;
     case Element::SLOT:
@@ -370,8 +366,8 @@ void write(JsonStream& json, const provider_config& provider) {
       .add("min_nodes", provider.min_nodes)
       .add("encoding", word_of(ENCODINGS, provider.encoding))
       .add("timeout", provider.timeout)
-      .add("architecture", word_of(ARCHITECTURE_WORDS, provider.architecture))
-      .add("cluster", word_of(CLUSTER_WORDS, provider.cluster))
+      .add("architecture", word_of(ARCHITECTURES, provider.architecture))
+      .add("cluster", word_of(CLUSTER_TYPES, provider.cluster))
       .add("timeout_scale", word_of(SCALE_TYPES, provider.timeout_scale))
       .add("version", provider.version)
       .add("nodelist_method", word_of(NODELIST_METHODS, provider.nodelist_method))

@@ -55,11 +55,22 @@ constexpr ElementRow ELEMENTS[] = {
 
 using Words = std::vector<std::string>;
 
-template <typename Value>
-Words words_of(const WordTable<Value>& table) {
+template <typename Table>
+Words words_of(const Table& table) {
   Words words;
   for (const auto& [word, value] : table) {
-    words.push_back(word);
+    words.emplace_back(word);
+  }
+  return words;
+}
+
+/// Types of the values of an entry of type MULTI.
+Words value_type_words() {
+  Words words;
+  for (const auto& [word, type] : templates::DATA_POINT_TYPES) {
+    if (type != templates::DataPt_TYPES::MULTI) {
+      words.emplace_back(word);
+    }
   }
   return words;
 }
@@ -72,12 +83,7 @@ struct WordRow {
   Severity severity;
 };
 
-/// The type words of the type map are known in upper and in lower case.
 const std::vector<WordRow>& word_rows() {
-  static const Words TYPES = {"LONG", "DOUBLE", "STRING", "SYMBOL", "MULTI",
-                              "long", "double", "string", "symbol", "multi"};
-  static const Words VALUE_TYPES = {"LONG", "DOUBLE", "STRING", "SYMBOL",
-                                    "long", "double", "string", "symbol"};
   static const std::vector<WordRow> ROWS = {
       {Kind::MAIN, "/*/analyzer[1]/log_level[1][.!='']", nullptr, words_of(LOG_LEVELS),
        Severity::ERROR},
@@ -85,8 +91,8 @@ const std::vector<WordRow>& word_rows() {
        Severity::WARNING},
       {Kind::CUSTOM_PROVIDERS, "/*/collector/provider[1]/*/*/timeout[@scale]", "scale",
        words_of(SCALE_TYPES), Severity::WARNING},
-      {Kind::TYPE_MAP, "/*/*", "type", TYPES, Severity::ERROR},
-      {Kind::TYPE_MAP, "/*/*[@type='MULTI' and @data_type]", "data_type", VALUE_TYPES,
+      {Kind::TYPE_MAP, "/*/*", "type", words_of(templates::DATA_POINT_TYPES), Severity::ERROR},
+      {Kind::TYPE_MAP, "/*/*[@type='MULTI' and @data_type]", "data_type", value_type_words(),
        Severity::ERROR}};
   return ROWS;
 }

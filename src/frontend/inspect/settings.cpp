@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "words.h"
-
 namespace qorn::inspect {
 namespace {
 
@@ -38,8 +36,7 @@ std::string stages_of(std::uint64_t operations) {
 }
 
 std::string text_of(const Sorting& key) {
-  return (key.ascending ? "ascending " : "descending ") +
-         frontend::word_of(frontend::SORT_FIELD_WORDS, key.field);
+  return (key.ascending ? "ascending " : "descending ") + word_of(SORT_FIELDS, key.field);
 }
 
 std::string text_of(const Suppression& suppression) {

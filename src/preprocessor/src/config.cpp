@@ -55,10 +55,7 @@ void read_collector(const xml::XPath& xpath, const std::string& file, Config& co
     store_seconds(node, file, config.collector_timeout);
     std::string scale;
     xml::get_attr(node, "scale", scale);
-    const auto found = SCALE_TYPES.find(scale);
-    if (found != SCALE_TYPES.end()) {
-      config.collector_timeout_scale = found->second;
-    }
+    look_up(SCALE_TYPES, scale, config.collector_timeout_scale);
   }
   if (const xmlNode* node = xpath.first("//configuration/collector/qorn_collection_timeout")) {
     store_seconds(node, file, config.collection_timeout);

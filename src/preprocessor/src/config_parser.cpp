@@ -101,10 +101,7 @@ int ConfigParser::check_valid_log_level(const std::string& level) {
 }
 
 void ConfigParser::set_log_level(const std::string& level) {
-  const auto found = LOG_LEVELS.find(level);
-  if (found != LOG_LEVELS.end()) {
-    log::LOG_LEVEL = found->second;
-  }
+  look_up(LOG_LEVELS, level, log::LOG_LEVEL);
 }
 
 void ConfigParser::parse_tag_nodegroup(xmlNode* root, Config& config) {

@@ -310,21 +310,20 @@ void Options::add_sort_field(std::vector<Sorting>& fields, bool ascending,
 }
 
 bool Options::setSeverity(const std::string& value, int& severity) {
-  const auto found = SEVERITIES.find(value);
-  if (found == SEVERITIES.end()) {
+  Severity found{};
+  if (!look_up(SEVERITIES, value, found)) {
     log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for severity: " << value;
     log::ErrorLog(log::level::ERROR).stream()
         << "Recognized values are (in increasing order of severity): informational, warning, and "
            "critical [default = warning].";
     return false;
   }
-  severity = found->second.lower_bound;
+  severity = found.lower_bound;
   return true;
 }
 
 bool Options::setLogLevel(const std::string& value, Config& config) {
-  const auto found = LOG_LEVELS.find(value);
-  if (found == LOG_LEVELS.end()) {
+  if (!look_up(LOG_LEVELS, value, log::LOG_LEVEL)) {
     log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for log-level: " << value;
     log::ErrorLog(log::level::ERROR).stream()
         << "Recognized values are (in increasing order of verbosity): alert, critical, error, "
@@ -332,7 +331,6 @@ bool Options::setLogLevel(const std::string& value, Config& config) {
     return false;
   }
   config.log_level = value;
-  log::LOG_LEVEL = found->second;
   if (value == "debug") {
     config.common_options.debug_log = true;
   }

@@ -63,6 +63,7 @@
 #include <qorn/templates/data_pt_types.h>
 #include <qorn/templates/reports.h>
 #include <qorn/util/engine_helper.h>
+#include <qorn/word_table.h>
 #include <qorn/xml.h>
 #include <qorn/xml/document.h>
 #include <qorn/xml/xpath.h>
