@@ -8,11 +8,34 @@
 #include <qorn/preproc/options.h>
 #include <qorn/str.h>
 
+#include "option_table.h"
+
 namespace qorn::preproc {
 namespace {
 
 /// Value of --sort-asc and --sort-desc, which have no letter; their row tells them apart.
 constexpr int SORT = 1;
+
+struct LongOptionTable {
+  option rows[Options::LONG_OPTIONS] = {};  // the last one stays zero
+};
+
+constexpr LongOptionTable long_options() {
+  LongOptionTable table;
+  std::size_t count = 0;
+  for (const OptionRow& row : OPTION_TABLE) {
+    for (const char* name : row.names) {
+      if (name != nullptr) {
+        table.rows[count++] = {name, row.argument, nullptr, is_letter(row.key) ? row.key : SORT};
+      }
+    }
+  }
+  return table;
+}
+
+constexpr LongOptionTable LONG_OPTION_TABLE = long_options();
+static_assert(LONG_OPTION_TABLE.rows[Options::LONG_OPTIONS - 2].name != nullptr &&
+              LONG_OPTION_TABLE.rows[Options::LONG_OPTIONS - 1].name == nullptr);
 
 /// Makes getopt_long forget an earlier command line of the process, which may have ended in the
 /// middle of a word.
@@ -56,45 +79,12 @@ bool is_valid_permutation_count(const std::string& value) {
 
 }  // namespace
 
-const option Options::longopts[LONG_OPTIONS] = {
-    {"all", no_argument, nullptr, 'a'},
-    {"re-collect-data", no_argument, nullptr, 'C'},
-    {"config", required_argument, nullptr, 'c'},
-    {"db", required_argument, nullptr, 'D'},
-    {"environment-propagation-off", no_argument, nullptr, 'e'},
-    {"machinefile", required_argument, nullptr, 'f'},
-    {"nodelist", required_argument, nullptr, 'f'},
-    {"nodefile", required_argument, nullptr, 'f'},
-    {"framework-definition", required_argument, nullptr, 'F'},
-    {"fwd", required_argument, nullptr, 'F'},
-    {"groupfile", required_argument, nullptr, 'g'},
-    {"grouplist", required_argument, nullptr, 'g'},
-    {"nodegroup", required_argument, nullptr, 'g'},
-    {"help", no_argument, nullptr, 'h'},
-    {"level", required_argument, nullptr, 'l'},
-    {"log-level", required_argument, nullptr, 'l'},
-    {"node-include", required_argument, nullptr, 'n'},
-    {"logfile", required_argument, nullptr, 'o'},
-    {"sort-asc", required_argument, nullptr, SORT},
-    {"sort-desc", required_argument, nullptr, SORT},
-    {"permutations", required_argument, nullptr, 'r'},
-    {"ignore-subclusters", no_argument, nullptr, 'S'},
-    {"threshold-too-old", required_argument, nullptr, 't'},
-    {"version", no_argument, nullptr, 'v'},
-    {"min-severity", required_argument, nullptr, 'x'},
-    {"FWD_description", required_argument, nullptr, 'X'},
-    {"fail-level", required_argument, nullptr, 'z'},
-    {nullptr, 0, nullptr, 0}};
+const option (&Options::longopts)[LONG_OPTIONS] = LONG_OPTION_TABLE.rows;
 
 Options::Options() {
-  for (const option& row : longopts) {
-    const char letter = static_cast<char>(row.val);
-    if (row.val <= SORT || short_options.find(letter) != std::string::npos) {
-      continue;
-    }
-    short_options.push_back(letter);
-    if (row.has_arg == required_argument) {
-      short_options.push_back(':');
+  for (const OptionRow& row : OPTION_TABLE) {
+    if (row.names[0] != nullptr && is_letter(row.key)) {
+      short_options.append(1, row.key).append(row.argument == required_argument ? ":" : "");
     }
   }
 }
