@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <set>
 #include <string_view>
@@ -11,7 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include <qorn/preproc/clips_file.h>
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 #include <qorn/util/engine_helper.h>
 
 #include "plan_layout.h"
@@ -103,19 +103,11 @@ class TreePrinter {
 
 /// Whether the rule file loads others, which is what it may be there for.
 bool loads_others(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored)) {
-    return false;
-  }
-  try {
-    std::ifstream file(path);
-    file.exceptions(std::ios_base::badbit);  // getline swallows a failed allocation
-    for (std::string line; std::getline(file, line);) {
-      if (line.rfind("(batch", 0) == 0 || line.rfind("(load", 0) == 0) {
-        return true;
-      }
+  const fs::FileText file = preproc::clips_parser::read_clips_file(path);
+  for (str::Lines lines(file.text); lines.next();) {
+    if (preproc::clips_parser::find_load(lines.line())) {
+      return true;
     }
-  } catch (const std::ios_base::failure&) {  // can't be read, which the scan has said
   }
   return false;
 }

@@ -112,16 +112,17 @@ Kind check_document(const std::string& path, Kind kind, Survey& survey) {
 
 /// A named file that is neither a document nor a rule file is a node file.
 Kind kind_of_named(const std::string& path) {
-  std::string content;
-  std::string reason;
-  constexpr std::size_t MOST_BYTES = 512'000'000;
+  constexpr fs::Readable NODE_FILE{fs::Readable::Kinds::REGULAR_FILES, 512'000'000, "too large"};
   if (path.ends_with(".clp")) {
     return Kind::RULE_FILE;
   }
-  if (path.ends_with(".xml") || !fs::read_regular_file(path, MOST_BYTES, content, reason)) {
+  if (path.ends_with(".xml")) {
     return Kind::UNKNOWN;
   }
-  return str::stripws(content.substr(0, 1000)).starts_with('<') ? Kind::UNKNOWN : Kind::NODE_FILE;
+  const fs::FileText file = fs::read_file(path, NODE_FILE);
+  return !file.was_read() || str::stripws(file.text.substr(0, 1000)).starts_with('<')
+             ? Kind::UNKNOWN
+             : Kind::NODE_FILE;
 }
 
 /// The files to look at: all of the installation, and those of the command line.

@@ -14,7 +14,7 @@
 namespace qorn::inspect {
 namespace {
 
-constexpr std::size_t MOST_BYTES = 512'000'000;
+constexpr fs::Readable NODE_FILE{fs::Readable::Kinds::REGULAR_FILES, 512'000'000, "too large"};
 
 std::vector<std::string> known_roles(const Survey& survey) {
   std::vector<std::string> roles(NODE_ROLES.begin(), NODE_ROLES.end());
@@ -69,9 +69,9 @@ class NodeLines {
       : file_(file), survey_(survey), roles_(known_roles(survey)) {}
 
   void check() {
-    std::string content;
-    std::string reason;
-    if (!fs::read_regular_file(file_, MOST_BYTES, content, reason)) {
+    fs::FileText file = fs::read_file(file_, NODE_FILE);
+    std::string& content = file.text;
+    if (!file.was_read()) {
       return;  // a pipe can be read once
     }
     if (content.starts_with("\xef\xbb\xbf")) {

@@ -2,8 +2,10 @@
 #include <filesystem>
 
 #include <qorn/fs.h>
+#include <qorn/preproc/clips_file.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 
 #include "rule_file.h"
 #include "run_loader.h"
@@ -110,14 +112,13 @@ void check_mods(Survey& survey, Config& config) {
 
 /// The first line of a file that holds `text`; 0 when none does.
 long line_with(const std::string& path, const std::string& text) {
-  constexpr std::size_t MOST_BYTES = 100'000'000;
-  std::string content;
-  std::string reason;
-  fs::read_regular_file(path, MOST_BYTES, content, reason);
-  const std::size_t place = content.find(text);
-  return place == std::string::npos
-             ? 0
-             : 1 + std::count(content.begin(), content.begin() + static_cast<long>(place), '\n');
+  const fs::FileText file = preproc::clips_parser::read_clips_file(path);
+  for (str::Lines lines(file.text); lines.next();) {
+    if (lines.line().find(text) != std::string_view::npos) {
+      return static_cast<long>(lines.number());
+    }
+  }
+  return 0;
 }
 
 /// Signs of a diagnosis that neither a rule nor another diagnosis gives.

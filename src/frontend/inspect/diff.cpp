@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iostream>
+#include <limits>
 #include <map>
 #include <set>
 
@@ -24,7 +25,10 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::size_t MOST_RECORD_BYTES = 4'000'000'000;
+using Kinds = fs::Readable::Kinds;
+constexpr fs::Readable RECORD_FILE{Kinds::REGULAR_FILES, 4'000'000'000,
+                                   "the file is larger than 4000 MB"};
+constexpr fs::Readable RECORD_OF_CHILD{Kinds::ALL, std::numeric_limits<std::size_t>::max(), ""};
 /// Levels of a record; its trees have some hundred at most.
 constexpr int DEEPEST = 2000;
 constexpr const char* ROOT = "$QORN_ROOT";
@@ -350,12 +354,11 @@ Json parse(const std::string& text, const std::string& name) {
 }
 
 Json read_record(const std::string& path) {
-  std::string content;
-  std::string reason;
-  if (!fs::read_regular_file(path, MOST_RECORD_BYTES, content, reason)) {
-    throw Trouble(path + ": " + reason);
+  const fs::FileText file = fs::read_file(path, RECORD_FILE);
+  if (!file.was_read()) {
+    throw Trouble(path + ": " + file.reason);
   }
-  return parse(content, path);
+  return parse(file.text, path);
 }
 
 /// In a process of its own: the record of the run under `root`, to the descriptor.
@@ -378,32 +381,25 @@ int write_run(const std::string& root, const std::vector<std::string>& arguments
   }
 }
 
-std::string read_all(int descriptor) {
-  std::string text;
-  char piece[65536];
-  for (ssize_t got = 0; (got = read(descriptor, piece, sizeof piece)) > 0;) {
-    text.append(piece, static_cast<std::size_t>(got));
-  }
-  return text;
-}
-
 /// A run leaves settings in its process, so each has its own.
 Json load_root(const std::string& root, const std::vector<std::string>& arguments) {
   int ends[2];
   if (pipe(ends) != 0) {
     throw Trouble("no pipe for the run under " + root);
   }
+  fs::Descriptor from_child(ends[0]);
+  fs::Descriptor to_parent(ends[1]);
   std::cout.flush();
   const pid_t child = fork();
   if (child == 0) {
-    close(ends[0]);
-    const int status = write_run(root, arguments, ends[1]);
+    from_child.close();
+    const int status = write_run(root, arguments, to_parent.get());
     std::cerr.flush();
     _exit(status);
   }
-  close(ends[1]);
-  const std::string text = child < 0 ? "" : read_all(ends[0]);
-  close(ends[0]);
+  to_parent.close();
+  const std::string text = fs::read_file(from_child, RECORD_OF_CHILD).text;
+  from_child.close();
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
     throw Trouble("the run under " + root + " can't be loaded");

@@ -17,7 +17,6 @@ struct RuleFile {
     std::string name;  // with its question mark
   };
 
-  std::string reason;  // why it can't be read; empty for a good file
   std::vector<Load> loads;
   /// Variables in id slots that no line up to there binds to a text: no id is noted for them.
   std::vector<Variable> unbound;

@@ -8,10 +8,10 @@
 #include <vector>
 
 #include <qorn/log/error_log.h>
+#include <qorn/preproc/clips_file.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/str.h>
 
-#include "clips_file.h"
 #include "rule_scan.h"
 
 namespace qorn::preproc::clips_parser {
@@ -27,7 +27,7 @@ constexpr std::size_t MOST_KEPT_STEPS = 100'000;
 /// A rule file that is scanned, or is being scanned.
 struct RuleFile {
   std::string path;
-  FileId id;
+  fs::FileId id;
   std::size_t size = 0;  // bytes
   Outcome outcome;
 };
@@ -85,7 +85,7 @@ class ChainScan {
     std::size_t next_step = 0;
     bool keep = false;    // the outcome is remembered
     bool failed = false;  // the text breaks off
-    std::string reason;
+    std::string reason;   // what the words of a failure wouldn't tell; mostly empty
   };
 
   void enter(const std::string& path) {
@@ -111,15 +111,17 @@ class ChainScan {
   }
 
   bool open(const std::string& path, Link& link) const {
-    ClipsFile file = read_clips_file(path);
-    if (file.state == ClipsFile::State::NOT_OPENED) {
+    fs::FileText file = read_clips_file(path);
+    if (file.state == fs::FileText::State::NOT_OPENED) {
       return false;
     }
     link.file = std::make_shared<RuleFile>(RuleFile{path, file.id, file.text.size(), {}});
     link.scan = std::make_unique<RuleScan>(link.file->path, kb_dir_, std::move(file.text));
-    link.failed = file.state == ClipsFile::State::FAILED;
+    link.failed = !file.was_read();
     link.keep = keep_files_ && !link.failed;
-    link.reason = std::move(file.reason);
+    if (file.state == fs::FileText::State::TOO_LARGE) {
+      link.reason = std::move(file.reason);
+    }
     return true;
   }
 
@@ -198,7 +200,7 @@ class ChainScan {
   KnownFiles& known_files_;
   bool keep_files_;
   std::vector<Link> chain_;
-  std::set<FileId> on_chain_;
+  std::set<fs::FileId> on_chain_;
   std::set<std::string> reported_;  // files that load themselves
   std::size_t loaded_bytes_ = 0;
 };

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include <qorn/preproc/clips_file.h>
 #include <qorn/str.h>
 
 #include "ecma_pattern.h"
@@ -116,11 +117,9 @@ RuleScan::RuleScan(const std::string& path, const std::string& kb_dir, std::stri
 
 bool RuleScan::advance(Outcome& outcome) {
   const std::size_t known = outcome.steps.size();
-  std::string_view line;
-  while (lines_.next(line)) {
-    ++line_number_;
-    if (!is_comment(line)) {
-      scan_line(line, outcome);
+  while (lines_.next()) {
+    if (!is_comment(lines_.line())) {
+      scan_line(lines_.line(), outcome);
     }
     if (outcome.steps.size() > known) {
       return true;
@@ -139,7 +138,9 @@ void RuleScan::scan_line(std::string_view line, Outcome& outcome) {
   if (openings.id) {
     take_ids(line, outcome);
   }
-  take_load(line, outcome);
+  if (const auto load = find_load(line)) {
+    outcome.steps.push_back({Step::Kind::LOAD, kb_dir_ + "/" + load->name, {}});
+  }
   take_text(line);
 }
 
@@ -165,34 +166,18 @@ void RuleScan::take_ids(std::string_view line, Outcome& outcome) {
 // Every line up to the present one counts, for this variable as for those before. The pattern
 // stays the same, so what an earlier variable has found holds for this one too.
 void RuleScan::take_bound_ids(std::string_view variable, Outcome& outcome) {
-  const EcmaPattern& bind = bind_pattern(variable, path_, line_number_);
-  std::string_view line;
-  while (bind_lines_.position() < lines_.position() && bind_lines_.next(line)) {
-    if (is_comment(line)) {
+  const EcmaPattern& bind = bind_pattern(variable, path_, lines_.number());
+  while (bind_lines_.number() < lines_.number() && bind_lines_.next()) {
+    if (is_comment(bind_lines_.line())) {
       continue;
     }
-    if (auto id = find_bound_id(bind, line)) {
+    if (auto id = find_bound_id(bind, bind_lines_.line())) {
       outcome.bound_ids.push_back(std::move(*id));
     }
   }
   if (!outcome.bound_ids.empty()) {
     outcome.steps.push_back({Step::Kind::VARIABLE_ID, {}, rule_.name, outcome.bound_ids.size()});
   }
-}
-
-// Only "(batch* name)" leads to a file: without "* " part of the keyword stays in the name, and
-// double quotes stay too.
-void RuleScan::take_load(std::string_view line, Outcome& outcome) const {
-  if (!line.starts_with("(batch") && !line.starts_with("(load")) {
-    return;
-  }
-  const std::size_t star = line.find("* ");
-  const std::size_t start = (star == std::string_view::npos ? 0 : star) + 2;
-  const std::size_t end = line.find(')');
-  const std::string_view name = end != std::string_view::npos && end > start
-                                    ? line.substr(start, end - start)
-                                    : line.substr(start);
-  outcome.steps.push_back({Step::Kind::LOAD, kb_dir_ + "/" + str::stripws(name), {}});
 }
 
 void RuleScan::take_text(std::string_view line) {

@@ -6,8 +6,7 @@
 #include <vector>
 
 #include <qorn/fwd.h>
-
-#include "clips_file.h"
+#include <qorn/str/lines.h>
 
 namespace qorn::preproc::clips_parser {
 
@@ -50,15 +49,13 @@ class RuleScan {
   void take_name(std::string_view line);
   void take_ids(std::string_view line, Outcome& outcome);
   void take_bound_ids(std::string_view variable, Outcome& outcome);
-  void take_load(std::string_view line, Outcome& outcome) const;
   void take_text(std::string_view line);
 
   const std::string& path_;
   const std::string& kb_dir_;
   std::string text_;
-  Lines lines_;
-  Lines bind_lines_;  // those behind are searched for binds, at most up to lines_
-  std::size_t line_number_ = 0;
+  str::Lines lines_;
+  str::Lines bind_lines_;  // those behind are searched for binds, at most up to lines_
   Rule rule_;
   std::string description_;
   bool in_description_ = false;

@@ -23,7 +23,8 @@
 namespace qorn::xml {
 namespace {
 
-constexpr std::size_t MOST_BYTES = 100'000'000;
+constexpr fs::Readable DOCUMENT{fs::Readable::Kinds::REGULAR_FILES, 100'000'000,
+                                "the file is larger than 100 MB"};
 /// A document can have a fault in every element; nobody reads more than these.
 constexpr std::size_t MOST_FAULTS = 1000;
 /// libxml2 searches the namespaces in force one by one: thousands take minutes.
@@ -345,11 +346,13 @@ class SchemaPartReader {
   xmlParserInput* read(const std::string& url, xmlParserCtxt& parser) {
     constexpr std::string_view FILE_SCHEME = "file://";
     const std::string path = url.substr(url.starts_with(FILE_SCHEME) ? FILE_SCHEME.size() : 0);
-    std::string content;
-    std::string reason;
-    if (!fs::read_regular_file(path, MOST_BYTES, content, reason) &&
-        !fs::read_regular_file(unescape(path), MOST_BYTES, content, reason)) {
-      collector_.add({path, 0, 0, Fault::Severity::ERROR, reason});
+    fs::FileText part = fs::read_file(path, DOCUMENT);
+    if (!part.was_read()) {
+      part = fs::read_file(unescape(path), DOCUMENT);
+    }
+    const std::string& content = part.text;
+    if (!part.was_read()) {
+      collector_.add({path, 0, 0, Fault::Severity::ERROR, part.reason});
       xmlLastError.domain = XML_FROM_IO;  // so that an import, other than an include, is optional
       xmlLastError.code = XML_IO_LOAD_ERROR;
       return nullptr;
@@ -485,10 +488,10 @@ void report(const std::vector<Fault>& faults) {
 
 DocumentPtr read_document(const std::string& path, std::vector<Fault>& faults) {
   const std::string file = str::unescape_blanks(path);
-  std::string content;
-  std::string reason;
-  if (!fs::read_regular_file(file, MOST_BYTES, content, reason)) {
-    faults.push_back({file, 0, 0, Fault::Severity::ERROR, reason});
+  fs::FileText read = fs::read_file(file, DOCUMENT);
+  std::string& content = read.text;
+  if (!read.was_read()) {
+    faults.push_back({file, 0, 0, Fault::Severity::ERROR, read.reason});
     return nullptr;
   }
   if (content.empty()) {

@@ -39,11 +39,13 @@
 #include <qorn/datastore/datastore_parse_utility.h>
 #include <qorn/extensions.h>
 #include <qorn/fs.h>
+#include <qorn/fs/descriptor.h>
 #include <qorn/fwd.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
 #include <qorn/node/nodelist.h>
+#include <qorn/preproc/clips_file.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/preproc/common_helpers.h>
 #include <qorn/preproc/config.h>
@@ -60,6 +62,7 @@
 #include <qorn/solution.h>
 #include <qorn/sorting.h>
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 #include <qorn/templates/data_pt_types.h>
 #include <qorn/templates/reports.h>
 #include <qorn/util/engine_helper.h>
