@@ -49,11 +49,11 @@ Hosts hosts_of(const std::string& operand, Groups& groups) {
   if (operand.starts_with('@')) {
     return groups.hosts_of(operand.substr(1));
   }
-  std::string reason;
-  Hosts hosts = node::expand_hosts(operand, reason);
-  if (!reason.empty()) {
-    throw Trouble("'" + operand + "': " + reason);
+  node::HostNames names = node::expand_hosts(operand);
+  if (!names.reason.empty()) {
+    throw Trouble("'" + operand + "': " + names.reason);
   }
+  Hosts hosts = std::move(names.names);
   std::sort(hosts.begin(), hosts.end());
   hosts.erase(std::unique(hosts.begin(), hosts.end()), hosts.end());
   return hosts;
