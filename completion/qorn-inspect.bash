@@ -61,7 +61,7 @@ _qorn_inspect() {
   done
   if ((COMP_CWORD == 1)); then
     _qorn_inspect_offer "$current" \
-      < <(printf '%s\n' check show why graph diff nodes list --help --version)
+      < <(printf '%s\n' check show why list diff graph nodes -h --help --version)
     return
   fi
   case $previous in
@@ -74,13 +74,13 @@ _qorn_inspect() {
     -f | -g | --nodefile | --groupfile) _qorn_inspect_files "$current"; return ;;
   esac
   if [[ $current == -* ]]; then
-    local options="--root --color --help"
+    local options="-h --help --root --color"
     case $command in
-      check) options+=" -f -g --strict -v --format" ;;
+      check) options+=" -f --nodefile -g --groupfile --strict -v --verbose --format" ;;
       show) options+=" --origin --format --" ;;
-      why | diff | list) options+=" --" ;;
+      why | list | diff) options+=" --" ;;
       graph) options+=" --from --depth --reverse --providers" ;;
-      nodes) options+=" --fold --expand --count -g" ;;
+      nodes) options+=" --fold --expand --count -g --groupfile" ;;
     esac
     _qorn_inspect_offer "$current" < <(printf '%s\n' $options)
     return

@@ -14,7 +14,7 @@
 #include <unistd.h>
 
 #include <qorn/preproc/clips_parser.h>
-#include <qorn/tree_budget.h>
+#include <qorn/preproc/run_scope.h>
 #include <qorn/xml/document.h>
 
 namespace qorn::fuzzing {
@@ -55,8 +55,7 @@ CountingBuffer& words() {
 
 /// True also for an input that ended in an exception, which Run puts into words.
 bool accepts(const FuzzInstallation& installation, std::string_view input) {
-  const preproc::clips_parser::RunScope rule_files;
-  internal::start_tree_budget();
+  const preproc::RunScope scope;
   log::LOG_LEVEL = log::level::DEBUG;
   Config config;
   installation.prepare(config);
@@ -146,7 +145,7 @@ void FuzzInstallation::prepare(Config& config) const {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace qorn::fuzzing;
   static const FuzzInstallation installation;
-  static const qorn::xml::RunScope schemas;  // stay compiled
+  static const qorn::preproc::RunScope schemas;  // stay compiled
   words().count = 0;
   if (!accepts(installation, {reinterpret_cast<const char*>(data), size}) && words().count == 0) {
     std::fputs("An input was refused without a word.\n", stderr);

@@ -13,13 +13,12 @@ constexpr std::size_t MOST_NAMES = 2000;  // more take time and show nothing new
 
 /// Folding and expanding are each other's inverse.
 void check_folding(const std::string& hosts) {
-  std::string reason;
-  const std::vector<std::string> names = node::expand_hosts(hosts, reason);
+  const std::vector<std::string> names = node::expand_hosts(hosts).names;
   if (names.empty()) {
     return;
   }
   const std::string folded = node::fold_hosts(names);
-  const std::vector<std::string> again = node::expand_hosts(folded, reason);
+  const std::vector<std::string> again = node::expand_hosts(folded).names;
   if (std::set(again.begin(), again.end()) != std::set(names.begin(), names.end()) ||
       node::fold_hosts(again) != folded) {
     std::abort();
@@ -35,9 +34,8 @@ bool qorn::fuzzing::read_input(const FuzzInstallation& installation, Config& con
   while (start < input.size()) {
     const std::size_t end = input.find_first_of(" \t\r\n#", start);
     const std::string_view word = input.substr(start, end - start);
-    std::size_t count = 0;
-    std::string reason;
-    if (node::count_hosts(word, count, reason) && (names += count) > MOST_NAMES) {
+    names += node::count_hosts(word).hosts;
+    if (names > MOST_NAMES) {
       return true;
     }
     check_folding(std::string(word));

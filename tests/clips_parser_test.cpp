@@ -16,8 +16,8 @@
 namespace qorn::testing {
 namespace {
 
+using preproc::RunScope;
 using preproc::clips_parser::parse_clips_rules;
-using preproc::clips_parser::RunScope;
 using namespace std::string_literals;
 
 /// A directory of rule files, and what was found in them so far.
@@ -191,6 +191,34 @@ TEST(RuleScan, LongLinesAndDeepChainsCostNeitherStackNorOpenFiles) {
   blanks.resize(10'000'000, ' ');
   files.write(std::to_string(DEPTH), "(id \"A\")" + blanks + "(not" + blanks + "(id \"" + blanks);
   EXPECT_EQ(files.scan("0"), "0 A=,");
+}
+
+TEST(RuleScan, OneFileIsGivenWithTheLineOfEachThing) {
+  RuleFiles files(
+      "; (id \"no\")\n(defrule r\n(id \"A\")\n(id ?x)\n(bind ?x \"V\")\n(id ?x)\n"
+      "(batch* in)\n(load in)\n");
+  files.write("in", "(defrule in\n");
+  std::filesystem::create_directory(files.path("folder"));
+  const auto scanned = [&](const char* name) {
+    return preproc::clips_parser::scan_rule_file(files.path(name), files.path("."));
+  };
+  std::string text;
+  const auto file = scanned("r");
+  for (const auto& step : file->steps) {
+    text += std::to_string(step.line) + " " + files.without_root(step.text) + " " + step.rule +
+            std::to_string(step.values) + (step.is_starred ? "*" : "") + ";";
+  }
+  EXPECT_EQ(text, "3 A r0;4 ?x r0;6 ?x r1;7 ROOT/./in 0*;8 ROOT/./oad in 0;");
+  EXPECT_EQ(file->rule.name, "r");
+  using State = preproc::clips_parser::RuleFile::State;
+  EXPECT_EQ(scanned("missing")->state, State::NOT_OPENED);
+  EXPECT_EQ(scanned("folder")->state, State::FAILED);
+  const RunScope scope;
+  files.scan("r");
+  files.write("in", "");
+  EXPECT_EQ(scanned("in")->rule.name, "");
+  EXPECT_EQ(preproc::clips_parser::scan_rule_file(files.path("in"), files.path())->rule.name, "in")
+      << "as the run has scanned it";
 }
 
 TEST(RuleScan, WhatMultipliesEndsInAMessage) {

@@ -194,7 +194,7 @@ TEST(CommandLine, ANumberThatIsNoneEndsTheRunWithTheBareWord) {
   const Installation installation;
   for (const char* line : {"01 -r abc", "01 -r 99999999999", "01 -r %1", "10 -x abc"}) {
     RunResult result;
-    EXPECT_EQ(installation.run(words_of(line), result), 1) << line;
+    EXPECT_EQ(installation.run(words_of(line), result, Cause::ARGUMENT), 1) << line;
     EXPECT_EQ(result.errors, (line[0] == '1' ? OLD_SEVERITY : "") + std::string("stoi\n")) << line;
     EXPECT_EQ(result.output, "");
   }

@@ -3,12 +3,13 @@
 # usage: completion.sh FOLDER_OF_COMPLETIONS FOLDER_OF_PROGRAMS
 set -u
 completions=$1 programs=$2 failures=0
-bash -n "$completions/qorn.bash" || exit 1
 if command -v zsh >/dev/null; then
-  zsh -n "$completions/_qorn" || exit 1
+  zsh -n "$completions/_qorn" && zsh -n "$completions/_qorn-inspect" || exit 1
 fi
 # shellcheck source=completion/qorn.bash
-. "$completions/qorn.bash"
+. "$completions/qorn.bash" || exit 1
+# shellcheck source=completion/qorn-inspect.bash
+. "$completions/qorn-inspect.bash" || exit 1
 
 world=$(mktemp -d)
 trap 'rm -rf "$world"' EXIT
@@ -23,18 +24,23 @@ export QORN_ROOT=$world/root
 # replies WORD... : what completion offers, sorted, when the last word is being typed.
 replies() {
   COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMPREPLY=()
-  _qorn "$1"
+  case ${1##*/} in
+    qorn-inspect) _qorn_inspect "$1" "${*: -1}" "${*: -2:1}" ;;
+    *) _qorn "$1" ;;
+  esac
   printf '%s\n' "${COMPREPLY[@]}" | LC_ALL=C sort | paste -sd '|'
+}
+
+fail() {
+  printf '%s\n' "$*"
+  failures=$((failures + 1))
 }
 
 # expect REPLIES WORD...
 expect() {
   local wanted=$1 got
   got=$(replies "${@:2}")
-  if [[ $got != "$wanted" ]]; then
-    printf 'after "%s": expected "%s", got "%s"\n' "${*:2}" "$wanted" "$got"
-    failures=$((failures + 1))
-  fi
+  [[ $got == "$wanted" ]] || fail "after \"${*:2}\": expected \"$wanted\", got \"$got\""
 }
 
 expect 'generate_rules' qorn g
@@ -60,15 +66,39 @@ expect '' qorn-collect --sort
 expect '' qorn-analyze --perm
 unset QORN_ROOT
 expect 'moved' "$world/moved/bin/qorn" -F m
-[[ -e $world/desk/ran ]] && echo 'a name was run' && failures=$((failures + 1))
+[[ -e $world/desk/ran ]] && fail 'a name was run'
 
 # The letters offered are those of the usage text.
 for program in qorn qorn-collect qorn-analyze; do
   offered=$(replies "$program" - | tr '|' '\n' | grep -x -- '-[A-Za-z]' | LC_ALL=C sort)
   used=$("$programs/$program" --help | grep -o -- '-[A-Za-z],--' | cut -c1-2 | grep -v -- -A | LC_ALL=C sort -u)
-  if [[ -z $used || $offered != "$used" ]]; then
-    printf '%s offers %s and has %s\n' "$program" "$offered" "$used"
-    failures=$((failures + 1))
-  fi
+  [[ -n $used && $offered == "$used" ]] || fail "$program offers $offered and has $used"
 done
+
+# What qorn-inspect offers are the commands, options and words of its usage texts.
+inspect=$programs/qorn-inspect zsh=$completions/_qorn-inspect
+sorted() { LC_ALL=C sort | paste -sd '|'; }
+commands=$("$inspect" --help | sed -n '/^Subcommands/,$ s/^  \([a-z]*\) .*/\1/p')
+expect "$({ echo "$commands"; printf '%s\n' -h --help --version; } | sorted)" "$inspect" ''
+for command in $commands; do
+  usage=$("$inspect" "$command" --help)
+  flags=$(sed -n 's/^  \(-[^ ]*\).*/\1/p' <<<"$usage" | tr , '\n')
+  behind=$(grep -o -- '(-- ARG' <<<"$usage" | cut -c2-3)
+  expect "$(sorted <<<"$flags${behind:+$'\n'--}")" "$inspect" "$command" -
+
+  lines=$(awk "/^  common=|^    $command\\)/ { on = 1 } on || /'$command\\[/; /'\\)\$|;;/ { on = 0 }" "$zsh")
+  # shellcheck disable=SC2016
+  [[ $lines == *'$format'* ]] && lines+=$(grep '^  format=' "$zsh")
+  offered=$(grep -oP "(?<=['{,*])--?[a-z]+(?=['},[])" <<<"$lines" | sorted)
+  [[ $lines == *"'${command}["* && $offered == "$(sorted <<<"$flags")" ]] ||
+    fail "$zsh has for $command $offered"
+  while read -r name words; do
+    [[ $name == -* ]] || name=
+    expect "$(tr , '\n' <<<"$words" | sorted)" "$inspect" "$command" ${name:+"$name"} ''
+    [[ $lines == *":(${words//,/ })"* ]] || fail "$zsh lacks the words $words of $command"
+  done < <(sed -n 's/^  \([^ ]*\) TEXT:{\([a-z,]*\)}.*/\1 \2/p' <<<"$usage")
+done
+export QORN_ROOT=$world/root
+expect 'cpu|cpu_load' "$inspect" graph --from c
+expect 'documents|node list|nodes' "$inspect" check -f ''
 exit "$((failures > 0))"

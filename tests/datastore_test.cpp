@@ -105,7 +105,8 @@ TEST(Datastore, AReadingRunRefusesWhatItCantReadAndAWritingRunMakesItsFile) {
       }
     }
     RunResult result;
-    EXPECT_EQ(installation.run(arguments, result), each.stores == "-" ? 1 : 0) << result.errors;
+    EXPECT_EQ(installation.run(arguments, result, Cause::STORE), each.stores == "-" ? 1 : 0)
+        << result.errors;
     std::string stores;
     for (const auto& store : result.config.datastores) {
       stores += store.name + ':' + store.extension_name + ':' + store.parameters + ' ';

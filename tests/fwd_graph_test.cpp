@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <qorn/tree_budget.h>
-
 #include "test_installation.h"
 #include "test_tables.h"
 
@@ -87,7 +85,6 @@ TEST(FwdNode, TreeLinesSayWhichLevelsHaveEnded) {
 
 // 20 layers of 50, each including all of the next: without the bound the memory is not enough.
 TEST(TreeBudget, AnExplodingTreeIsRefusedBeforeItIsMade) {
-  internal::start_tree_budget();
   HandMadeGraph graph;
   std::vector<std::string> above{"top"};
   for (int layer = 0; layer < 20; ++layer) {
@@ -114,29 +111,36 @@ TEST(TreeBudget, AnExplodingTreeIsRefusedBeforeItIsMade) {
   EXPECT_THROW(graph.node("18-0")->clone(), std::runtime_error) << "a cycle has no tree";
 }
 
-TEST(TreeBudget, HoldsForAllTreesOfARunAndBeginsAnewWithTheNext) {
-  internal::start_tree_budget();
+TEST(TreeBudget, HoldsForAllTreesOfARunElseForEachCall) {
   HandMadeGraph graph;  // 1 + 999 * (1 + 1000) nodes: the budget to the last one
   graph.group("top", std::vector<std::string>(999, "middle"));
   graph.group("middle", std::vector<std::string>(1000, "leaf"));
-  internal::spend_tree_budget(*graph.node("leaf"));
-  EXPECT_THROW(internal::spend_tree_budget(*graph.node("top")), std::runtime_error);
-  internal::start_tree_budget();
-  internal::spend_tree_budget(*graph.node("top"));
-  EXPECT_THROW(graph.node("leaf")->clone(), std::runtime_error);
-  EXPECT_THROW(graph.node("leaf")->create_tree({}, true), std::runtime_error);
+  const auto top = graph.node("top");
+  const auto leaf = graph.node("leaf");
+  {
+    const preproc::RunScope run;
+    EXPECT_EQ(leaf->create_tree({}, true).size(), 1U);
+    EXPECT_THROW(top->create_tree({}, true), std::runtime_error);
+    const preproc::RunScope another;
+    EXPECT_EQ(top->create_tree({}, true).size(), 1'000'000U);
+    EXPECT_THROW(leaf->clone(), std::runtime_error);
+    EXPECT_THROW(leaf->create_tree({}, true), std::runtime_error);
+  }
+  EXPECT_EQ(leaf->create_tree({}, true).size() + top->create_tree({}, true).size(), 1'000'001U);
 
-  const testing::Installation installation;
-  testing::RunResult result;
-  EXPECT_EQ(installation.run({"-X", "base"}, result), 2) << result.errors;
-  EXPECT_EQ(graph.node("leaf")->create_tree({}, true).size(), 1U);
+  Config config;  // an engine's call, outside of a run
+  config.fwds->roots = {top, leaf};
+  preproc::NodeGroupParser parser;
+  EXPECT_THROW(parser.create_all_group(config), std::runtime_error);
+  config.fwds->roots = {leaf, leaf};
+  EXPECT_EQ(parser.create_all_group(config), 0);
+  release_frameworks(config);
 }
 
 // Recursion over 100,000 levels overflows the stack of 8 MB.
 TEST(FwdRegistry, ADeepChainIsFoundClonedAndReleased) {
   constexpr int DEPTH = 100'000;
   const std::string last = std::to_string(DEPTH);
-  internal::start_tree_budget();
   std::weak_ptr<FwdNode> last_node;
   {
     HandMadeGraph graph;

@@ -16,7 +16,8 @@ class FwdListingTest : public ::testing::Test {
   /// What a run prints, with another name for the installation's root.
   std::string output_of(const Arguments& arguments, int status = 2) {
     testing::RunResult result;
-    EXPECT_EQ(installation.run(arguments, result), status) << result.errors;
+    EXPECT_EQ(installation.run(arguments, result, testing::Cause::NOT_KNOWN_YET), status)
+        << result.errors;
     errors = installation.without_root(result.errors);
     return installation.without_root(result.output);
   }

@@ -22,8 +22,8 @@ TEST(HostList, ExpandsInOrderWithTheLastBracketFastest) {
       {"[999999999999999998-999999999999999999]", {"999999999999999998", "999999999999999999"}},
   };
   for (const auto& [hosts, names] : cases) {
-    std::string reason;
-    EXPECT_EQ(expand_hosts(hosts, reason), names) << reason;
+    const HostNames found = expand_hosts(hosts);
+    EXPECT_EQ(found.names, names) << found.reason;
   }
 }
 
@@ -57,9 +57,9 @@ TEST(HostList, RefusesWithAReasonThatQuotesThePiece) {
       {plus79 + "\xC3\xA9", name + "'" + plus79 + "...'"},
   };
   for (const auto& [hosts, expected] : cases) {
-    std::string reason;
-    EXPECT_EQ(expand_hosts(hosts, reason), Names()) << hosts;
-    EXPECT_EQ(reason, expected);
+    const HostNames found = expand_hosts(hosts);
+    EXPECT_EQ(found.names, Names()) << hosts;
+    EXPECT_EQ(found.reason, expected);
   }
 }
 
@@ -77,8 +77,7 @@ TEST(HostList, FoldsToATextThatGivesTheNamesBack) {
   };
   for (const auto& [fold, names] : cases) {
     EXPECT_EQ(fold_hosts(names), fold);
-    std::string reason;
-    const Names again = expand_hosts(fold, reason);
+    const Names again = expand_hosts(fold).names;
     EXPECT_EQ(fold_hosts(again), fold);
     EXPECT_EQ(std::set(again.begin(), again.end()), std::set(names.begin(), names.end()));
   }

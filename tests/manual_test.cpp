@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "commands.h"
 #include "test_installation.h"
 
 namespace qorn::testing {
@@ -36,12 +37,27 @@ Names in_text(const std::string& text, const char* pattern) {
   return names;
 }
 
-Names in_usage() {
+Names in_usage(preproc::CommonHelpers::OPERATION_TYPE stages) {
   log::OutputLog::set_out_streams("", std::ios_base::out);
-  ::testing::internal::CaptureStdout();
-  preproc::PrintHandler().print_args(preproc::CommonHelpers::BOTH);
-  return in_text(::testing::internal::GetCapturedStdout(),
-                 "[\\s\\[,]-(-[A-Za-z_-]+|[A-Za-z](?=,))");
+  const Printed usage = printed([&] { preproc::PrintHandler().print_args(stages); });
+  return in_text(usage.output, "[\\s\\[,]-(-[A-Za-z_-]+|[A-Za-z](?=,))");
+}
+
+/// Whether a run of these stages takes the option with one of the values that it may want.
+bool takes(const option& row, preproc::CommonHelpers::OPERATION_TYPE stages) {
+  bool is_taken = false;
+  for (const char* value : {"7", "critical", "id"}) {
+    std::vector<std::string> words = {std::string("--") + row.name, value};
+    words.resize(row.has_arg == no_argument ? 1 : 2);
+    Arguments arguments(words);
+    Config config;
+    config.operations = static_cast<std::uint64_t>(stages);
+    printed([&] {
+      is_taken =
+          is_taken || preproc::Options().parse_args(arguments.count(), arguments.values(), config);
+    });
+  }
+  return is_taken;
 }
 
 Names minus(Names names, const Names& others) {
@@ -54,13 +70,42 @@ Names minus(Names names, const Names& others) {
 TEST(Manual, AndUsageNameTheOptionsThatThereAre) {
   const Names options = in_option_table();
   const Names manual = in_text(read_file(QORN_DOCS "/man/qorn.1"), "Fl (\\S+)");
-  const Names usage = in_usage();
+  const Names usage = in_usage(preproc::CommonHelpers::BOTH);
   EXPECT_EQ(minus(manual, UNKNOWN), options);
   EXPECT_EQ(minus(usage, options), UNKNOWN);
   // Deprecated options and further long names are the manual's alone.
   EXPECT_EQ(minus(options, usage),
             (Names{"a", "-all", "x", "-min-severity", "-machinefile", "-nodelist",
                    "-framework-definition", "-grouplist", "-nodegroup", "-level"}));
+}
+
+TEST(Manual, OfQornInspectNamesTheOptionsOfItsCommands) {
+  Names options = {"-root", "-color"};
+  for (const inspect::Command& command : inspect::commands()) {
+    for (const inspect::CommandOption& option : command.options) {
+      for (const std::string& name : str::split(option.names, ',', false)) {
+        if (name.starts_with('-')) {
+          options.insert(name.substr(1));
+        }
+      }
+    }
+  }
+  const Names manual = in_text(read_file(QORN_DOCS "/man/qorn-inspect.1"), "(?:Fl| ,) (\\S+)");
+  EXPECT_EQ(minus(manual, {"-"}), options);
+}
+
+TEST(Manual, UsageOfAStageNamesTheOptionsThatItTakes) {
+  using Helpers = preproc::CommonHelpers;
+  const Names in_any = in_usage(Helpers::BOTH);
+  for (const auto stages : {Helpers::COLLECT, Helpers::ANALYZE, Helpers::BOTH}) {
+    const Names usage = in_usage(stages);
+    for (const option& row : preproc::Options::longopts) {
+      const std::string name = std::string("-") + (row.name == nullptr ? "" : row.name);
+      if (in_any.count(name) != 0) {
+        EXPECT_EQ(usage.count(name) != 0, takes(row, stages)) << stages << ": -" << name;
+      }
+    }
+  }
 }
 
 }  // namespace

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -330,12 +331,17 @@ TEST_F(NodeGroupTest, AnEnginesOwnGroupsAreTakenAsTheyAre) {
   Config& config = result.config;
   config.node_groups["null"] = nullptr;
   auto& a = config.node_groups.at("a")->fwd_nodes;
+  const auto clones = a;
   a.insert({graph.node("lost"), graph.node("found")});
   const auto parse = [&](const std::string& path) { parser.create_implicit_groups(path, config); };
   parse("/lost");
   EXPECT_EQ(to_text("All-except-nodegroup-a", *config.node_groups.at("All-except-nodegroup-a")),
             "All-except-nodegroup-a*: n2 n3 n4 n5 [b] - a")
       << "stays as it is";
+  const auto release = [](const auto& trees) {
+    std::for_each(trees.begin(), trees.end(), release_tree);
+  };
+  release(config.node_groups.at("All-except-nodegroup-a")->fwd_nodes);
   config.node_groups.erase("All-except-nodegroup-a");
   const std::string errors = testing::printed([&] {
                                parse("/lost");
@@ -345,6 +351,7 @@ TEST_F(NodeGroupTest, AnEnginesOwnGroupsAreTakenAsTheyAre) {
   EXPECT_EQ(to_text("All-except-nodegroup-a", *config.node_groups.at("All-except-nodegroup-a")),
             "All-except-nodegroup-a*: n2 n3 n4 n5 [] - a");
   a.clear();
+  release(clones);
   const auto top = config.fwds->roots[0];
   const std::string d = installation.path("etc/fwd/d.xml");
   a.insert({top->find(d), top->find(d)});

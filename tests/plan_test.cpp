@@ -15,18 +15,26 @@ std::string section(const std::string& plan, const std::string& heading) {
 }
 
 TEST(Plan, ShowsTheWholeRunAtAGlance) {
-  EXPECT_EQ(plan_text(example::Record()), R"(Plan of the run
+  using Note = RunNotes::PassedOver;
+  RunNotes notes;
+  notes.passed_over = {
+      {Note::Kind::PROVIDER, "lost", "/q/etc/providers/lost.xml", "cpu", {}, {}},
+      {Note::Kind::SILENT_RULES, "/q/gone.clp", "", "cpu", {}, {}},
+      {Note::Kind::RULE_FILES, "/q/d", "", "base", {"/q/base.xml", 7}, {"a.clp", "b.clp"}},
+      {Note::Kind::REPORT, "/q/r.xml", "", "", {}, {}},
+      {Note::Kind::SILENT_RULES, "/q/gone.clp", "", "base", {}, {}}};
+  EXPECT_EQ(plan_text(example::Record(), notes), R"(Plan of the run
   Command line:  qorn-collect -f nodes -F base
   Stages:        collect
   Installation:  /q
 
 Nodes: 4
   compute  3  hä")"
-                                          "\xFF"
-                                          R"(,node[1-2]
+                                                 "\xFF"
+                                                 R"(,node[1-2]
   head     1  hä")"
-                                          "\xFF"
-                                          R"(
+                                                 "\xFF"
+                                                 R"(
 
 Framework definitions: 4 (rules: 1)
   `- base
@@ -68,9 +76,11 @@ Signs: 1
 Rules to generate: 1
   CPU  slow  critical  on node1  not(speed ge 2000)
 
-Passed over: 2
+Passed over: 4
   provider lost: no usable document /q/etc/providers/lost.xml (named by cpu)
-  rule file /q/kb/rules/gone.clp: no rule (named by cpu)
+  rule file /q/gone.clp: no rule (named by cpu, base)
+  rule file /q/d: can't be read (named by base, /q/base.xml:7; because of it not scanned: a.clp, b.clp)
+  report /q/r.xml: not read, since a table document is named as well
 )");
 }
 
@@ -80,39 +90,6 @@ TEST(Plan, LeavesOutWhatTheRunDoesNotHave) {
   EXPECT_EQ(plan_text(config),
             "Plan of the run\n  Command line:\n  Stages:        analyze\n  Installation:\n\n"
             "Nodes: 0\n  none given: they come from the database\n");
-}
-
-TEST(Plan, TellsARuleFileThatLoadsOthersFromOneWithoutARule) {
-  const testing::TemporaryDirectory folder;
-  const std::string loader = folder.write("loader.clp", "; all of them\n(batch* other.clp)\n");
-  example::Record config;
-  Fwd& fwd = *config.fwds->roots[0]->fwd;
-  fwd.kb_mods = {loader, "/q/a* b.clp"};
-  fwd.rules = {{"other", folder.path("other.clp"), ""}, {"starred", " b.clp", ""}};
-  EXPECT_EQ(section(plan_text(config), "Passed over").find("loader.clp"), std::string::npos);
-  EXPECT_EQ(section(plan_text(config), "Passed over").find("b.clp"), std::string::npos);
-
-  fwd.rules.erase({"other", "", ""});  // what it loads gave no rule either
-  EXPECT_NE(section(plan_text(config), "Passed over").find(loader + ": no rule (named by base)"),
-            std::string::npos);
-}
-
-TEST(Plan, NamesWhatTheRunNoted) {
-  example::Record config;
-  Fwd& fwd = *config.fwds->roots[0]->fwd;
-  fwd.kb_mods = {"/q/kb/d"};
-  using Note = preproc::RunNotes::PassedOver;
-  preproc::RunNotes notes;
-  notes.passed_over = {
-      {Note::Kind::RULE_FILES, "/q/kb/d", "base", {"/q/etc/fwd/base.xml", 7}, {"a.clp", "b.clp"}},
-      {Note::Kind::REPORT, "/q/r.xml", "", {}, {}}};
-  const std::string text = section(plan_text(config, notes), "Passed over");
-  EXPECT_EQ(text.find("/q/kb/d: no rule"), std::string::npos) << "said once";
-  EXPECT_NE(text.find("  rule file /q/kb/d: can't be read (named by base, /q/etc/fwd/base.xml:7); "
-                      "because of it not scanned: a.clp, b.clp\n"
-                      "  report /q/r.xml: not read, since a table document is named as well"),
-            std::string::npos)
-      << text;
 }
 
 TEST(Plan, StaysReadableForHugeRuns) {

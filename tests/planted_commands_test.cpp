@@ -70,7 +70,7 @@ std::string all_traces(const Installation& installation, const Field& field,
   }
   RunResult result;
   installation.run(str::split(field.place == ARGUMENTS ? text : "01|-f|nodes|-F|base", '|', false),
-                   result);
+                   result, field.place == ARGUMENTS ? Cause::ARGUMENT : Cause::NOT_KNOWN_YET);
   std::ostringstream traces;
   traces << result.errors << result.output;
   traces << printed([&] {

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Every public header compiles by itself, under C++17 and C++20, and includes no header of a
-# dependency but libxml2's. usage: public_headers.sh SOURCE_FOLDER
+# dependency but libxml2's. usage: public_headers.sh SOURCE_FOLDER LIBXML2_HEADERS
 set -euo pipefail
 source=$1
+export libxml2=$2
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 includes=()
@@ -15,7 +16,7 @@ if (cd "$source" && grep -nE '#include <(re2|sqlite3|nlohmann|CLI)' src/*/includ
 fi
 check() {
   printf '#include <%s>\nint main() {}\n' "$1" >"$2.cpp"
-  g++ -std="$3" -Wall -Wextra -Wpedantic -Werror -fsyntax-only -isystem /usr/include/libxml2 \
+  g++ -std="$3" -Wall -Wextra -Wpedantic -Werror -fsyntax-only -isystem "$libxml2" \
     "${@:4}" "$2.cpp" || { printf 'FAILED: %s under %s\n' "$1" "$3" >&2; return 1; }
 }
 export -f check

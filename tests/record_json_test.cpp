@@ -1,17 +1,21 @@
 #include "record_json.h"
 
+#include <regex>
 #include <sstream>
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
 #include "example_record.h"
+#include "record_fields.h"
+#include "test_installation.h"
 #include "test_tables.h"
 
 namespace qorn::frontend {
 namespace {
 
 using Json = nlohmann::ordered_json;
+using Words = std::vector<std::string>;
 
 std::string text_of(const Config& config) {
   std::ostringstream out;
@@ -19,26 +23,51 @@ std::string text_of(const Config& config) {
   return out.str();
 }
 
-TEST(RecordJson, HoldsEveryFieldInDeclaredOrder) {
-  const Json record = Json::parse(text_of(example::Record()));
-  std::string keys;
-  for (const auto& item : record.items()) {
-    keys += item.key() + " ";
+/// The names of the members that the record's header declares for a struct, in its order.
+Words declared_members(const std::string& name) {
+  std::string text = testing::read_file(QORN_SOURCES "/common/include/qorn/config.h");
+  text.erase(0, text.find("struct " + name + " {\n") + name.size() + 9);
+  text.erase(text.find("\n};"));
+  text = std::regex_replace(text, std::regex("//[^\n]*"), "");
+  Words members;
+  for (std::string& declaration : str::split(text, ';', false)) {
+    declaration = str::stripws(declaration);
+    if (!declaration.empty() && !declaration.starts_with("static ")) {
+      declaration = str::stripws(declaration.substr(0, declaration.find_first_of("=[{")));
+      EXPECT_EQ(declaration.find(',', declaration.rfind('>') + 1), std::string::npos)
+          << "one member for each declaration: " << declaration;
+      members.push_back(declaration.substr(declaration.find_last_of(" >") + 1));
+    }
   }
-  EXPECT_EQ(keys,
-            "record_version operations num_permutations ignore_subclusters re_collect "
-            "env_propagation db_close_delay node_include sort_fields suppressions "
-            "data_age_threshold kb_config_files message_categories common_options fwds providers "
-            "command_line log_level config_file custom_provider_file config_xsd node_file "
-            "node_group_file database_names db_names option_flags datastores cluster_definition "
-            "node_groups min_severity log_file postprocessor_extensions postproc_config_files "
-            "message_schema_files postproc_tables diagnosis_signs diagnosis_rules "
-            "postproc_reports solutions type_map multi_type_map message_category_names bin_path "
-            "root nodes config_params async_output_dir provider_config_dir "
-            "provider_auxiliary_path collector_timeout_scale collector_network_interface "
-            "collector_timeout collection_timeout provider_options collect_extension rules_file "
-            "rules_xsd analysis_map_xsd message_file message_prefix rules_kb_path "
-            "rules_directory rule_elements ");
+  return members;
+}
+
+Words keys_of(const Json& object) {
+  Words keys;
+  for (const auto& item : object.items()) {
+    keys.push_back(item.key());
+  }
+  return keys;
+}
+
+TEST(RecordJson, HoldsEveryMemberOfTheRecordInDeclaredOrder) {
+  const Json record = Json::parse(text_of(example::Record()));
+  Words expected = declared_members("Config");
+  expected.insert(expected.begin(), "record_version");
+  EXPECT_EQ(testing::joined(keys_of(record)), testing::joined(expected));
+  EXPECT_EQ(testing::joined(keys_of(record["common_options"])),
+            testing::joined(declared_members("CommonOptions")));
+}
+
+TEST(RecordFields, NameTheMemberThatTheyShowAndAreDocumented) {
+  const std::string manual = testing::read_file(QORN_DOCS "/record.md");
+  const Config config;
+  const void* before = nullptr;
+  for_each_field(config, [&](const auto& field, const auto& value) {
+    EXPECT_LT(before, &value) << field.name << " is another member";
+    before = &value;
+    EXPECT_NE(manual.find("`" + std::string(field.name) + "`"), std::string::npos) << field.name;
+  });
 }
 
 TEST(RecordJson, WritesEachKindOfValueInItsForm) {

@@ -149,7 +149,7 @@ TEST(Run, TheEnvironmentNamesTheSchemaAndSwitchesPropagationOff) {
   for (const std::string& xsd : {installed("etc/fwd.xsd"), std::string()}) {
     const EnvironmentVariable variable("QORN_CONFIG_XSD", xsd.c_str());
     RunResult result;
-    EXPECT_EQ(installation.run({"10", "-F", "base"}, result), 1);
+    EXPECT_EQ(installation.run({"10", "-F", "base"}, result, Cause::VARIABLE), 1);
     EXPECT_EQ(result.config.config_xsd, xsd);
     EXPECT_TRUE(contains(result.errors, "Could not parse configuration XML."));
   }
@@ -161,7 +161,7 @@ TEST(Run, ARootOfTheCallerIsReplacedAfterItNamedTheMainDocument) {
   result.config.root = "/elsewhere";
   result.config.bin_path = "/usr/bin";
   result.config.config_file = "/replaced";
-  EXPECT_EQ(installation.run({"10"}, result), 1);
+  EXPECT_EQ(installation.run({"10"}, result, Cause::ARGUMENT), 1);
   EXPECT_EQ(result.config.root + result.config.bin_path, installation.path("usr/bin"));
   EXPECT_EQ(result.errors,
             "/elsewhere/etc/qorn.xml: No such file or directory\n"
@@ -220,7 +220,7 @@ TEST(Run, NodesComeFromTheFileOrFromDiscoveryAndAnalysisNeedsNone) {
       arguments.insert(arguments.end(), {"-f", installation.write("nodes", each.file)});
     }
     RunResult result;
-    EXPECT_EQ(installation.run(arguments, result), each.errors == none ? 1 : 0);
+    EXPECT_EQ(installation.run(arguments, result, Cause::DISCOVERY), each.errors == none ? 1 : 0);
     EXPECT_EQ(result.config.nodes.size(), each.nodes);
     EXPECT_EQ(result.errors, each.errors);
   }

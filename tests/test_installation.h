@@ -65,7 +65,7 @@ struct RunResult {
   std::string errors;  // standard error stream
   std::string output;  // standard output
   Config config;
-  preproc::RunNotes notes;
+  RunNotes notes;
 
   RunResult() = default;
   RunResult(const RunResult&) = delete;
@@ -80,6 +80,16 @@ struct Printed {
 };
 Printed printed(const std::function<void()>& call, int level = log::level::ERROR);
 
+/// Why a run fails, as far as the check of the installation is to tell it.
+enum class Cause : int {
+  DOCUMENTS,     // the check is to report an error
+  ARGUMENT,      // a word of the command line, or what a caller has set
+  VARIABLE,      // of the environment
+  DISCOVERY,     // of nodes
+  STORE,         // a database
+  NOT_KNOWN_YET  // a document's fault that the check doesn't know
+};
+
 /// A small valid installation: one framework definition "base" with the provider "probe", the
 /// installed schemas, and a node file with one node. A case replaces what it is about.
 class Installation : public TemporaryDirectory {
@@ -93,14 +103,19 @@ class Installation : public TemporaryDirectory {
   std::string configure(const std::string& body) const;
 
   /// Calls Run as "qorn" with these arguments, every setting of the process as at its start, and
-  /// gives its status.
-  int run(const std::vector<std::string>& arguments, RunResult& result) const;
+  /// gives its status. After a run that failed for its documents the check has to report an error.
+  int run(const std::vector<std::string>& arguments, RunResult& result,
+          Cause cause = Cause::DOCUMENTS) const;
 
   std::string nodes;  // path of the node file
 
  private:
   std::deque<EnvironmentVariable> environment_;  // nothing comes from outside
 };
+
+/// `text` with what libxml2 says against a main document for each "WORDS" in it, in that order: its
+/// words are not those of every version.
+std::string with_words(std::string text, const std::string& document);
 
 /// The path of the tree's own installation.
 std::string installed(const std::string& name);

@@ -67,7 +67,7 @@ void hold_standard_descriptors() {
 }
 
 /// Prints the plan to the console or the log file. Returns whether a log file took it.
-bool print_plan(const Config& config, const preproc::RunNotes& notes) {
+bool print_plan(const Config& config, const RunNotes& notes) {
   std::string text = plan_text(config, notes);
   errno = 0;
   {
@@ -97,7 +97,7 @@ void write_record_to(const std::string& target, const Config& config) {
 }
 
 /// What follows a complete record. Returns the exit status.
-int present(const Config& config, const preproc::RunNotes& notes, const std::string& record) {
+int present(const Config& config, const RunNotes& notes, const std::string& record) {
   if (!config.log_file.empty()) {
     log::OutputLog::set_out_streams(config.log_file, std::ios_base::out | std::ios_base::trunc);
   }

@@ -40,10 +40,15 @@ void JsonStream::start_element() {
 }
 
 void JsonStream::pass_on() {
-  if (buffer_.size() >= PASS_ON_SIZE) {
-    out_ << buffer_;
+  if (buffer_.size() >= PASS_ON_SIZE && out_ != nullptr) {
+    *out_ << buffer_;
     buffer_.clear();
   }
+}
+
+void JsonStream::clear() {
+  buffer_.clear();
+  is_behind_key_ = true;
 }
 
 void JsonStream::open(char bracket) {
@@ -94,9 +99,9 @@ std::string& JsonStream::element() {
 
 void JsonStream::finish() {
   buffer_.push_back('\n');
-  out_ << buffer_;
+  *out_ << buffer_;
   buffer_.clear();
-  out_.flush();
+  out_->flush();
 }
 
 }  // namespace qorn::frontend

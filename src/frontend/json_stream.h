@@ -5,6 +5,7 @@
 #include <ostream>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace qorn::frontend {
 
@@ -13,7 +14,13 @@ namespace qorn::frontend {
 /// close must match, and in an object each value stands behind its key.
 class JsonStream {
  public:
-  explicit JsonStream(std::ostream& out) : out_(out) {}
+  explicit JsonStream(std::ostream& out) : out_(&out) {}
+
+  /// A stream for a piece of this document, an element that would come next. What is written to
+  /// it, laid out for that place, stays with it until it is cleared.
+  JsonStream piece() const { return JsonStream(line_start_); }
+  const std::string& written() const { return buffer_; }
+  void clear();
 
   void open(char bracket);   // '{' or '['
   void close(char bracket);  // '}' or ']'
@@ -34,11 +41,12 @@ class JsonStream {
   void finish();
 
  private:
+  explicit JsonStream(std::string line_start) : line_start_(std::move(line_start)) {}
   void token(std::string_view json);
   void start_element();
   void pass_on();
 
-  std::ostream& out_;
+  std::ostream* out_ = nullptr;  // null for a piece
   std::string buffer_;
   std::string line_start_ = ",\n";  // and the indentation; the comma is left out ahead of the first
   bool is_first_ = true;            // in the innermost open container

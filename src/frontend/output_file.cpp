@@ -7,12 +7,12 @@
 #include <filesystem>
 #include <stdexcept>
 #include <system_error>
-#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <qorn/fs/descriptor.h>
 #include <qorn/str.h>
 
 #include "descriptor_buffer.h"
@@ -26,27 +26,13 @@ constexpr int MOST_LINKS = 40;  // as the system itself follows
   throw std::runtime_error("Could not write " + str::printable(name) + ": " + std::strerror(error));
 }
 
-class Descriptor {
- public:
-  Descriptor(int descriptor, const std::string& name) : descriptor_(descriptor) {
-    if (descriptor_ < 0) {
-      fail(name, errno);
-    }
+/// The descriptor that opening `name` gave. Throws when it gave none.
+int opened(int descriptor, const std::string& name) {
+  if (descriptor < 0) {
+    fail(name, errno);
   }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { close(); }
-
-  int get() const { return descriptor_; }
-  /// Some file systems report only here that they couldn't keep what was written.
-  bool close() {
-    const int descriptor = std::exchange(descriptor_, -1);
-    return descriptor < 0 || ::close(descriptor) == 0;
-  }
-
- private:
-  int descriptor_;
-};
+  return descriptor;
+}
 
 /// The name of a temporary file, removed with the object, and when the process exits before.
 class TemporaryName {
@@ -117,7 +103,7 @@ void write_and_rename(const std::string& path, const struct stat* old_file,
   }
   const std::filesystem::path place = follow_links(path);
   TemporaryName temporary(place.parent_path());
-  Descriptor file(temporary.create(), path);
+  fs::Descriptor file(opened(temporary.create(), path));
   write_descriptor(file.get(), path, write);
   if (!take_over(file.get(), old_file) || !file.close() ||
       rename(temporary.get(), place.c_str()) != 0) {
@@ -148,7 +134,7 @@ void replace_file(const std::string& path, const std::function<void(std::ostream
     write_and_rename(path, exists ? &status : nullptr, write);
     return;
   }
-  Descriptor file(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY), path);
+  fs::Descriptor file(opened(open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY), path));
   write_descriptor(file.get(), path, write);
   if (!file.close()) {
     fail(path, errno);

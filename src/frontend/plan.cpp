@@ -12,7 +12,7 @@
 
 #include "plan_frameworks.h"
 #include "plan_layout.h"
-#include "words.h"
+#include "plan_passed_over.h"
 
 namespace qorn::frontend {
 namespace {
@@ -283,7 +283,7 @@ std::string conditions(const std::vector<Element>& elements) {
 
 std::string condition(const Element& element) {
   if (element.type != Element::SLOT) {
-    return word_of(CONTROL_WORDS, element.control) + "(" + conditions(element.children) + ")";
+    return word_of(CONTROL_TYPES, element.control) + "(" + conditions(element.children) + ")";
   }
   const Slot& slot = element.slot;
   std::string text = slot.name;
@@ -315,9 +315,9 @@ void add_rule_elements(std::string& plan, const Config& config) {
   add_rows(plan, "Rules to generate", rows.size(), rows);
 }
 
-void add_passed_over(std::string& plan, const Config& config, const preproc::RunNotes& notes) {
+void add_passed_over(std::string& plan, const RunNotes& notes) {
   std::vector<Row> rows;
-  for (std::string& line : passed_over(config, notes)) {
+  for (std::string& line : passed_over(notes)) {
     rows.push_back({std::move(line)});
   }
   add_rows(plan, "Passed over", rows.size(), rows);
@@ -325,7 +325,7 @@ void add_passed_over(std::string& plan, const Config& config, const preproc::Run
 
 }  // namespace
 
-std::string plan_text(const Config& config, const preproc::RunNotes& notes) {
+std::string plan_text(const Config& config, const RunNotes& notes) {
   std::string plan;
   add_run(plan, config);
   add_nodes(plan, config);
@@ -338,7 +338,7 @@ std::string plan_text(const Config& config, const preproc::RunNotes& notes) {
   add_solutions(plan, config);
   add_diagnoses(plan, config);
   add_rule_elements(plan, config);
-  add_passed_over(plan, config, notes);
+  add_passed_over(plan, notes);
   return plan;
 }
 

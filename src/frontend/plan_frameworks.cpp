@@ -2,16 +2,13 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <filesystem>
-#include <fstream>
-#include <map>
-#include <set>
 #include <string_view>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 #include <qorn/util/engine_helper.h>
 
 #include "plan_layout.h"
@@ -101,104 +98,6 @@ class TreePrinter {
   std::string text_;
 };
 
-/// Whether the rule file loads others, which is what it may be there for.
-bool loads_others(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored)) {
-    return false;
-  }
-  try {
-    std::ifstream file(path);
-    file.exceptions(std::ios_base::badbit);  // getline swallows a failed allocation
-    for (std::string line; std::getline(file, line);) {
-      if (line.rfind("(batch", 0) == 0 || line.rfind("(load", 0) == 0) {
-        return true;
-      }
-    }
-  } catch (const std::ios_base::failure&) {  // can't be read, which the scan has said
-  }
-  return false;
-}
-
-/// What a rule from the file `path` names as its file: all behind the first "*" that a blank
-/// follows.
-std::string noted_file(const std::string& path) {
-  const std::size_t star = path.find("* ");
-  return star == std::string::npos ? path : path.substr(star + 1);
-}
-
-/// The rule files of `fwd` from which no rule came, neither from themselves nor, as far as the
-/// record tells, from a file that they load.
-std::vector<std::string> files_without_rule(const Fwd& fwd) {
-  std::set<std::string> sources;
-  for (const Rule& rule : fwd.rules) {
-    sources.insert(rule.file);
-  }
-  std::set<std::string> own_sources;
-  std::vector<std::string> without;
-  for (const std::string& mod : fwd.kb_mods) {
-    const std::string path = str::wordexp(mod);
-    const auto source = sources.find(noted_file(path));
-    if (source == sources.end()) {
-      without.push_back(path);
-    } else {
-      own_sources.insert(*source);
-    }
-  }
-  if (own_sources.size() < sources.size()) {
-    std::erase_if(without, loads_others);
-  }
-  return without;
-}
-
-/// What was passed over, with the names of the framework definitions that name it.
-using PassedOver = std::map<std::string, std::vector<std::string>>;
-
-PassedOver missing_providers(const Config& config) {
-  PassedOver missing;
-  for (const auto& [path, fwd] : config.fwds->by_path) {
-    for (const auto& group : fwd->provider_groups) {
-      for (const auto& provider : group) {
-        if (config.providers.count(provider->name) == 0) {
-          missing["provider " + provider->name + ": no usable document " + provider->config_file]
-              .push_back(fwd->name);
-        }
-      }
-    }
-  }
-  return missing;
-}
-
-using Note = preproc::RunNotes::PassedOver;
-
-PassedOver silent_rule_files(const Config& config, const std::vector<Note>& notes) {
-  std::set<std::string> unreadable;
-  for (const Note& note : notes) {
-    unreadable.insert(note.what);
-  }
-  PassedOver silent;
-  for (const auto& [path, fwd] : config.fwds->by_path) {
-    for (const std::string& file : files_without_rule(*fwd)) {
-      if (unreadable.count(file) == 0) {
-        silent["rule file " + file + ": no rule"].push_back(fwd->name);
-      }
-    }
-  }
-  return silent;
-}
-
-std::string text_of(const Note& note) {
-  if (note.kind == Note::Kind::REPORT) {
-    return "report " + note.what + ": not read, since a table document is named as well";
-  }
-  std::string text = concat({"rule file ", note.what, ": can't be read (named by ", note.named_by,
-                             ", ", to_string(note.place), ")"});
-  if (!note.together.empty()) {
-    text.append("; because of it not scanned: ").append(joined(note.together, ", "));
-  }
-  return text;
-}
-
 }  // namespace
 
 std::string framework_tree(const Config& config) {
@@ -207,22 +106,6 @@ std::string framework_tree(const Config& config) {
     printer.print(*root);
   }
   return printer.take_text();
-}
-
-std::vector<std::string> passed_over(const Config& config, const preproc::RunNotes& notes) {
-  std::vector<std::string> lines;
-  for (const PassedOver& kind :
-       {missing_providers(config), silent_rule_files(config, notes.passed_over)}) {
-    for (const auto& [what, fwds] : kind) {
-      lines.push_back(concat({what, " (named by ", joined(fwds, ", "), ")"}));
-    }
-  }
-  std::transform(notes.passed_over.begin(), notes.passed_over.end(), std::back_inserter(lines),
-                 text_of);
-  if (notes.more_passed_over > 0) {
-    lines.push_back("and " + std::to_string(notes.more_passed_over) + " more");
-  }
-  return lines;
 }
 
 }  // namespace qorn::frontend

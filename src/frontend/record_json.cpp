@@ -1,6 +1,7 @@
 #include "record_json.h"
 
 #include <algorithm>
+#include <concepts>
 #include <cstring>
 #include <map>
 #include <set>
@@ -12,377 +13,249 @@
 #include <vector>
 
 #include "json_stream.h"
-#include "words.h"
+#include "record_fields.h"
 
 namespace qorn::frontend {
 namespace {
 
 constexpr int RECORD_VERSION = 1;
 
-// One form for each kind of value; all are declared ahead, since they contain one another.
-void write(JsonStream& json, bool value);
-void write(JsonStream& json, std::integral auto value);
-void write(JsonStream& json, const std::string& text);
-void write(JsonStream& json, const char* text) = delete;  // it would be taken for a boolean
-void write(JsonStream& json, const FwdNode& node);
-void write(JsonStream& json, const FwdRegistry& fwds);
-void write(JsonStream& json, const Fwd& fwd);
-void write(JsonStream& json, const provider_config& provider);
-void write(JsonStream& json, const Rule& rule);
-void write(JsonStream& json, const internal::GroupAttributes<FwdNode>& group);
-void write(JsonStream& json, const internal::GroupAttributes<provider_config>& group);
-void write(JsonStream& json, const PostprocessorExtension& extension);
-void write(JsonStream& json, const AnalyzerExtensionType& extension);
-void write(JsonStream& json, const MessageCatalog& catalog);
-void write(JsonStream& json, const Sorting& key);
-void write(JsonStream& json, const Suppression& suppression);
-void write(JsonStream& json, const CommonOptions& options);
-void write(JsonStream& json, const ConfigParam& param);
-void write(JsonStream& json, const datastore::DataStoreConfig& store);
-void write(JsonStream& json, const ProviderOptionset& options);
-void write(JsonStream& json, const templates::Reports_t& report);
-void write(JsonStream& json, const templates::Reports_kb_t& variant);
-void write(JsonStream& json, const Solution& solution);
-void write(JsonStream& json, templates::DataPt_TYPES type);
-void write(JsonStream& json, const Element& element);
-void write(JsonStream& json, const ClusterDefinition& group);
-template <typename Value>
-void write(JsonStream& json, const std::shared_ptr<Value>& value);
-template <typename Value>
-void write(JsonStream& json, const std::vector<Value>& values);
-template <typename Value>
-void write(JsonStream& json, const std::set<Value>& values);
-template <typename Value>
-void write(JsonStream& json, const std::map<std::string, Value>& values);
-template <typename Value>
-void write(JsonStream& json, const std::unordered_map<std::string, Value>& values);
-template <typename... Values>
-void write(JsonStream& json, const std::tuple<Values...>& values);
-template <typename First, typename Second>
-void write(JsonStream& json, const std::pair<First, Second>& values);
+using Tree = std::shared_ptr<const FwdNode>;
 
-/// An object that is written member by member.
-class Object {
- public:
-  explicit Object(JsonStream& json) : json_(json) { json_.open('{'); }
-
-  template <typename Value>
-  Object& add(std::string_view key, const Value& value) {
-    json_.key(key);
-    write(json_, value);
-    return *this;
-  }
-
-  /// Not the destructor's: it may run out of memory.
-  void end() { json_.close('}'); }
-
- private:
-  JsonStream& json_;
+template <typename Values>
+concept Tuple = requires {
+  std::tuple_size<Values>::value;
 };
 
-void write(JsonStream& json, bool value) {
-  json.boolean(value);
-}
+/// Writes each kind of value in its form. What a record refers to stands as its path or its name.
+class RecordWriter {
+ public:
+  explicit RecordWriter(JsonStream& json) : json_(json) {}
 
-void write(JsonStream& json, std::integral auto value) {
-  json.number(value);
-}
-
-void write(JsonStream& json, const std::string& text) {
-  json.text(text);
-}
-
-template <typename Value>
-void write(JsonStream& json, const std::shared_ptr<Value>& value) {
-  if (value == nullptr) {
-    json.null();
-  } else {
-    write(json, *value);
+  template <HasFields Record>
+  void write_fields(const Record& record) {
+    for_each_field(record, [this](const auto& field, const auto& value) {
+      json_.key(field.name);
+      write(value);
+    });
   }
-}
 
-template <typename List>
-void write_list(JsonStream& json, const List& values) {
-  json.open('[');
-  for (const auto& value : values) {
-    write(json, value);
+ private:
+  template <std::integral Value>
+  void write(Value value) {
+    if constexpr (std::same_as<Value, bool>) {
+      json_.boolean(value);
+    } else {
+      json_.number(value);
+    }
   }
-  json.close(']');
-}
 
-template <typename Value>
-void write(JsonStream& json, const std::vector<Value>& values) {
-  write_list(json, values);
-}
+  void write(const std::string& text) { json_.text(text); }
 
-template <typename Value>
-void write(JsonStream& json, const std::set<Value>& values) {
-  write_list(json, values);
-}
-
-template <typename Value>
-void write(JsonStream& json, const std::map<std::string, Value>& values) {
-  Object object(json);
-  for (const auto& [key, value] : values) {
-    object.add(key, value);
+  void write(const char (&text)[Config::PATH_CAPACITY]) {
+    json_.text({text, strnlen(text, sizeof text)});
   }
-  object.end();
-}
 
-/// Sorted by key.
-template <typename Value>
-void write(JsonStream& json, const std::unordered_map<std::string, Value>& values) {
-  std::vector<const std::pair<const std::string, Value>*> entries;
-  entries.reserve(values.size());
-  for (const auto& entry : values) {
-    entries.push_back(&entry);
+  void write(datastore::DatabaseType value) { json_.number(static_cast<int>(value)); }
+  void write(templates::DataPt_TYPES value) { write_word(templates::DATA_POINT_TYPES, value); }
+  void write(Sorting::FIELD value) { write_word(SORT_FIELDS, value); }
+  void write(ScaleType value) { write_word(SCALE_TYPES, value); }
+  void write(Encoding value) { write_word(ENCODINGS, value); }
+  void write(Architecture value) { write_word(ARCHITECTURES, value); }
+  void write(ClusterType value) { write_word(CLUSTER_TYPES, value); }
+  void write(nodelist_method_t value) { write_word(NODELIST_METHODS, value); }
+  void write(CONTROL_TYPE value) { write_word(CONTROL_TYPES, value); }
+
+  template <typename Table, typename Value>
+  void write_word(const Table& table, Value value) {
+    json_.text(word_of(table, value));
   }
-  std::sort(entries.begin(), entries.end(),
-            [](const auto* a, const auto* b) { return a->first < b->first; });
-  Object object(json);
-  for (const auto* entry : entries) {
-    object.add(entry->first, entry->second);
+
+  template <HasFields Record>
+  void write(const Record& record) {
+    json_.open('{');
+    write_fields(record);
+    json_.close('}');
   }
-  object.end();
-}
 
-template <typename... Values>
-void write(JsonStream& json, const std::tuple<Values...>& values) {
-  json.open('[');
-  std::apply([&](const auto&... each) { (write(json, each), ...); }, values);
-  json.close(']');
-}
-
-template <typename First, typename Second>
-void write(JsonStream& json, const std::pair<First, Second>& values) {
-  write(json, std::tie(values.first, values.second));
-}
-
-const std::string& path_of(const FwdNode& node) {
-  return node.fwd->path;
-}
-
-std::vector<std::string> paths_of(const std::vector<std::shared_ptr<FwdNode>>& nodes) {
-  std::vector<std::string> paths;
-  paths.reserve(nodes.size());
-  for (const auto& node : nodes) {
-    paths.push_back(path_of(*node));
+  template <typename Value>
+  void write(const std::shared_ptr<Value>& value) {
+    if (value == nullptr) {
+      json_.null();
+    } else {
+      write(*value);
+    }
   }
-  return paths;
-}
 
-std::vector<std::string> names_of(const std::vector<std::shared_ptr<provider_config>>& providers) {
-  std::vector<std::string> names;
-  names.reserve(providers.size());
-  for (const auto& provider : providers) {
-    names.push_back(provider->name);
+  template <typename Value>
+  void write(const std::vector<Value>& values) {
+    write_each(values, std::identity());
   }
-  return names;
-}
 
-/// The set itself is in the order of its pointers.
-std::vector<std::string> sorted_paths(const std::set<const Fwd*>& fwds) {
-  std::vector<std::string> paths;
-  paths.reserve(fwds.size());
-  for (const Fwd* fwd : fwds) {
-    paths.push_back(fwd->path);
+  template <typename Value>
+  void write(const std::set<Value>& values) {
+    write_each(values, std::identity());
   }
-  std::sort(paths.begin(), paths.end());
-  return paths;
-}
 
-void write(JsonStream& json, const PostprocessorExtension& extension) {
-  Object(json).add("name", extension.name).end();
-}
-
-void write(JsonStream& json, const AnalyzerExtensionType& extension) {
-  Object(json).add("name", extension.name).end();
-}
-
-void write(JsonStream& json, const MessageCatalog& catalog) {
-  Object(json).add("name", catalog.name).end();
-}
-
-void write(JsonStream& json, const Rule& rule) {
-  Object(json)
-      .add("name", rule.name)
-      .add("file", rule.file)
-      .add("description", rule.description)
-      .end();
-}
-
-void write(JsonStream& json, const internal::GroupAttributes<FwdNode>& group) {
-  Object(json).add("attributes", group.attributes).add("members", paths_of(group.members)).end();
-}
-
-void write(JsonStream& json, const internal::GroupAttributes<provider_config>& group) {
-  Object(json).add("attributes", group.attributes).add("members", names_of(group.members)).end();
-}
-
-void write(JsonStream& json, const Sorting& key) {
-  Object(json)
-      .add("ascending", key.ascending)
-      .add("field", word_of(SORT_FIELD_WORDS, key.field))
-      .end();
-}
-
-void write(JsonStream& json, const Suppression& suppression) {
-  Object(json)
-      .add("confidence", suppression.confidence)
-      .add("id", suppression.id)
-      .add("node_id", suppression.node_id)
-      .add("severity", suppression.severity)
-      .end();
-}
-
-void write(JsonStream& json, const CommonOptions& options) {
-  Object(json)
-      .add("debug_log", options.debug_log)
-      .add("config_parsed", options.config_parsed)
-      .add("skip_command_processing", options.skip_command_processing)
-      .add("parse_node_groups", options.parse_node_groups)
-      .add("deprecation_messages", options.deprecation_messages)
-      .end();
-}
-
-void write(JsonStream& json, const ConfigParam& param) {
-  Object(json).add("group", param.group).add("name", param.name).add("values", param.values).end();
-}
-
-void write(JsonStream& json, const datastore::DataStoreConfig& store) {
-  Object(json)
-      .add("type", static_cast<int>(store.type))
-      .add("name", store.name)
-      .add("extension_name", store.extension_name)
-      .add("extension_text", store.extension_text)
-      .add("parameters", store.parameters)
-      .end();
-}
-
-void write(JsonStream& json, const ProviderOptionset& options) {
-  Object(json)
-      .add("scale", word_of(SCALE_TYPES, options.scale))
-      .add("timeout", options.timeout)
-      .add("id", options.id)
-      .add("variables", options.variables)
-      .end();
-}
-
-void write(JsonStream& json, const templates::Reports_t& report) {
-  Object(json).add("variants", report.variants).end();
-}
-
-void write(JsonStream& json, const templates::Reports_kb_t& variant) {
-  Object(json)
-      .add("columns", variant.columns)
-      .add("message_id", variant.message_id)
-      .add("constraints", variant.constraints)
-      .end();
-}
-
-void write(JsonStream& json, const Solution& solution) {
-  Object(json).add("name", solution.name).add("expected", solution.expected).end();
-}
-
-void write(JsonStream& json, templates::DataPt_TYPES type) {
-  json.text(word_of(DATA_TYPE_WORDS, type));
-}
-
-void write(JsonStream& json, const Element& element) {
-  const RuleBlock& block = element.block;
-  const Slot& slot = element.slot;
-  Object object(json);
-  switch (element.type) {
-    case Element::RULE:
-      object.add("type", std::string("rule"))
-          .add("class_name", block.class_name)
-          .add("msg_id", block.msg_id)
-          .add("analysis_extension", block.analysis_extension)
-          .add("severity", block.severity)
-          .add("list", block.list)
-          .add("nodes", block.nodes)
-          .add("children", element.children);
-      break;
-    case Element::CONTROL:
-      object.add("type", std::string("control"))
-          .add("control", word_of(CONTROL_WORDS, element.control))
-          .add("children", element.children);
-      break;
-    case Element::SLOT:
-      object.add("type", std::string("slot"))
-          .add("name", slot.name)
-          .add("value_constraint", slot.value_constraint)
-          .add("multislot_constraint", slot.multislot_constraint)
-          .add("value", slot.value);
-      break;
-    default:
-      object.add("type", element.type);
+  /// An array of what `form` makes of each.
+  template <typename List, typename Form>
+  void write_each(const List& list, const Form& form) {
+    json_.open('[');
+    for (const auto& each : list) {
+      write(form(each));
+    }
+    json_.close(']');
   }
-  object.end();
-}
 
-void write(JsonStream& json, const FwdNode& node) {
-  Object(json)
-      .add("blocking_count", node.blocking_count)
-      .add("visited", node.visited)
-      .add("groups", node.groups)
-      .add("parents", paths_of(node.parents))
-      .end();
-}
+  template <Tuple Values>
+  void write(const Values& values) {
+    json_.open('[');
+    std::apply([&](const auto&... each) { (write(each), ...); }, values);
+    json_.close(']');
+  }
 
-void write(JsonStream& json, const Fwd& fwd) {
-  Object(json)
-      .add("kb_mods", fwd.kb_mods)
-      .add("rules", fwd.rules)
-      .add("provider_path", fwd.provider_path)
-      .add("provider_aux_path", fwd.provider_aux_path)
-      .add("kb_path", fwd.kb_path)
-      .add("description", fwd.description)
-      .add("name", fwd.name)
-      .add("postproc_extensions", fwd.postproc_extensions)
-      .add("analyzer_extensions", fwd.analyzer_extensions)
-      .add("message_catalogs", fwd.message_catalogs)
-      .add("custom_result", fwd.custom_result)
-      .add("path", fwd.path)
-      .add("provider_groups", fwd.provider_groups)
-      .add("state", fwd.state)
-      .add("node", fwd.node)
-      .end();
-}
+  template <typename Value>
+  void write(const std::map<std::string, Value>& values) {
+    json_.open('{');
+    for (const auto& [key, value] : values) {
+      json_.key(key);
+      write(value);
+    }
+    json_.close('}');
+  }
 
-void write(JsonStream& json, const FwdRegistry& fwds) {
-  Object(json)
-      .add("names", fwds.names)
-      .add("by_path", fwds.by_path)
-      .add("roots", paths_of(fwds.roots))
-      .add("ready_nodes", paths_of(fwds.ready_nodes))
-      .end();
-}
+  /// Sorted by key.
+  template <typename Value>
+  void write(const std::unordered_map<std::string, Value>& values) {
+    std::map<std::string_view, const Value*> sorted;
+    for (const auto& [key, value] : values) {
+      sorted.emplace(key, &value);
+    }
+    json_.open('{');
+    for (const auto& [key, value] : sorted) {
+      json_.key(key);
+      write(*value);
+    }
+    json_.close('}');
+  }
 
-void write(JsonStream& json, const provider_config& provider) {
-  Object(json)
-      .add("name", provider.name)
-      .add("config_file", provider.config_file)
-      .add("config_dir", provider.config_dir)
-      .add("aux_path", provider.aux_path)
-      .add("command", provider.command)
-      .add("max_nodes", provider.max_nodes)
-      .add("min_nodes", provider.min_nodes)
-      .add("encoding", word_of(ENCODINGS, provider.encoding))
-      .add("timeout", provider.timeout)
-      .add("architecture", word_of(ARCHITECTURE_WORDS, provider.architecture))
-      .add("cluster", word_of(CLUSTER_WORDS, provider.cluster))
-      .add("timeout_scale", word_of(SCALE_TYPES, provider.timeout_scale))
-      .add("version", provider.version)
-      .add("nodelist_method", word_of(NODELIST_METHODS, provider.nodelist_method))
-      .add("permutations", provider.permutations)
-      .add("roles", provider.roles)
-      .add("success_codes", provider.success_codes)
-      .add("fwds", sorted_paths(provider.fwds))
-      .end();
-}
+  void write(const std::vector<std::shared_ptr<FwdNode>>& nodes) {
+    write_each(nodes, [](const auto& node) -> const std::string& { return node->fwd->path; });
+  }
 
-using Tree = std::shared_ptr<const FwdNode>;
+  void write(const std::vector<std::shared_ptr<provider_config>>& providers) {
+    write_each(providers,
+               [](const auto& provider) -> const std::string& { return provider->name; });
+  }
+
+  void write(const ClusterDefinition::NodeSet& nodes) {
+    write_each(nodes, [](const auto& node) -> const std::string& { return node->hostname; });
+  }
+
+  /// Sorted; the set itself is in the order of its pointers.
+  void write(const std::set<const Fwd*>& fwds) {
+    std::vector<std::string> paths;
+    std::transform(fwds.begin(), fwds.end(), std::back_inserter(paths),
+                   [](const Fwd* fwd) { return fwd->path; });
+    std::sort(paths.begin(), paths.end());
+    write(paths);
+  }
+
+  /// Sorted by path, each with all that is below it.
+  void write(const std::set<Tree>& set) {
+    std::vector<Tree> trees(set.begin(), set.end());
+    std::sort(trees.begin(), trees.end(),
+              [](const Tree& a, const Tree& b) { return a->fwd->path < b->fwd->path; });
+    json_.open('[');
+    for (const Tree& tree : trees) {
+      write_tree(*tree);
+    }
+    json_.close(']');
+  }
+
+  void write_tree(const FwdNode& node) {
+    json_.open('{');
+    json_.key("path");
+    json_.text(node.fwd->path);
+    json_.key("members");
+    json_.open('[');
+    for (const auto& group : node.groups) {
+      for (const auto& member : group) {
+        write_tree(*member);
+      }
+    }
+    json_.close(']');
+    json_.close('}');
+  }
+
+  /// The fields of a rule document's element are those of its kind.
+  void write(const Element& element) {
+    json_.open('{');
+    json_.key("type");
+    switch (element.type) {
+      case Element::RULE:
+        json_.text("rule");
+        write_fields(element.block);
+        break;
+      case Element::CONTROL:
+        json_.text("control");
+        json_.key("control");
+        write(element.control);
+        break;
+      case Element::SLOT:
+        json_.text("slot");
+        write_fields(element.slot);
+        break;
+      default:
+        json_.number(element.type);
+    }
+    if (element.type == Element::RULE || element.type == Element::CONTROL) {
+      json_.key("children");
+      write(element.children);
+    }
+    json_.close('}');
+  }
+
+  /// Nodes come by the million, and most differ from the one before in their host name alone.
+  void write(const std::vector<Node>& nodes) {
+    json_.open('[');
+    const Node* before = nullptr;
+    JsonStream frame = json_.piece();
+    std::size_t place = 0;
+    for (const Node& node : nodes) {
+      if (before == nullptr || node.roles != before->roles ||
+          node.subcluster != before->subcluster) {
+        place = write_frame(node, frame);
+      }
+      before = &node;
+      std::string& text = json_.element();
+      text.append(frame.written(), 0, place);
+      JsonStream::append_quoted(text, node.hostname);
+      text.append(frame.written(), place);
+    }
+    json_.close(']');
+  }
+
+  /// Writes a node without its host name, and gives the place of that.
+  static std::size_t write_frame(const Node& node, JsonStream& frame) {
+    frame.clear();
+    RecordWriter writer(frame);
+    std::size_t place = 0;
+    frame.open('{');
+    for_each_field(node, [&](const auto& field, const auto& value) {
+      frame.key(field.name);
+      if (static_cast<const void*>(&value) == &node.hostname) {
+        place = frame.element().size();
+      } else {
+        writer.write(value);
+      }
+    });
+    frame.close('}');
+    return place;
+  }
+
+  JsonStream& json_;
+};
 
 void check_depth(const Tree& tree, const std::string& group) {
   std::vector<std::pair<const FwdNode*, std::size_t>> unfinished{{tree.get(), 1}};
@@ -390,7 +263,7 @@ void check_depth(const Tree& tree, const std::string& group) {
     const auto [node, level] = unfinished.back();
     unfinished.pop_back();
     if (level > MOST_TREE_LEVELS) {
-      throw std::runtime_error("The tree of the framework definition " + path_of(*tree) +
+      throw std::runtime_error("The tree of the framework definition " + tree->fwd->path +
                                " in the node group " + group + " has more than " +
                                std::to_string(MOST_TREE_LEVELS) + " levels.");
     }
@@ -402,187 +275,27 @@ void check_depth(const Tree& tree, const std::string& group) {
   }
 }
 
-void write_tree(JsonStream& json, const FwdNode& node) {
-  Object object(json);
-  object.add("path", path_of(node));
-  json.key("members");
-  json.open('[');
-  for (const auto& group : node.groups) {
-    for (const auto& member : group) {
-      write_tree(json, *member);
+void check_depth(const std::shared_ptr<ClusterDefinition>& group) {
+  if (group != nullptr) {
+    for (const Tree& tree : group->fwd_nodes) {
+      check_depth(tree, group->name);
     }
-  }
-  json.close(']');
-  object.end();
-}
-
-void write_trees(JsonStream& json, const std::set<Tree>& set) {
-  std::vector<Tree> trees(set.begin(), set.end());
-  std::sort(trees.begin(), trees.end(),
-            [](const Tree& a, const Tree& b) { return path_of(*a) < path_of(*b); });
-  json.open('[');
-  for (const Tree& tree : trees) {
-    write_tree(json, *tree);
-  }
-  json.close(']');
-}
-
-void write(JsonStream& json, const ClusterDefinition& group) {
-  Object object(json);
-  object.add("name", group.name);
-  json.key("fwd_nodes");
-  write_trees(json, group.fwd_nodes);
-  object.add("implicit", group.implicit)
-      .add("excluded_groups", group.excluded_groups)
-      .add("removed_fwds", group.removed_fwds);
-  json.key("nodes");
-  json.open('[');
-  for (const auto& node : group.nodes) {
-    json.text(node->hostname);
-  }
-  json.close(']');
-  object.end();
-}
-
-/// What stands ahead of and behind the host name of a node.
-struct NodeFrame {
-  std::string head;
-  std::string tail;
-};
-
-NodeFrame frame_of(const Node& node) {
-  NodeFrame frame{"{\n      \"subcluster\": ", ",\n      \"roles\": ["};
-  JsonStream::append_quoted(frame.head, node.subcluster);
-  frame.head.append(",\n      \"hostname\": ");
-  for (const std::string& role : node.roles) {
-    frame.tail.append(&role == &node.roles.front() ? "\n        " : ",\n        ");
-    JsonStream::append_quoted(frame.tail, role);
-  }
-  frame.tail.append(node.roles.empty() ? "]\n    }" : "\n      ]\n    }");
-  return frame;
-}
-
-/// Nodes come by the million, and most differ from the one before in their host name alone.
-void write_nodes(JsonStream& json, const std::vector<Node>& nodes) {
-  json.open('[');
-  const Node* before = nullptr;
-  NodeFrame frame;
-  for (const Node& node : nodes) {
-    if (before == nullptr || node.roles != before->roles || node.subcluster != before->subcluster) {
-      frame = frame_of(node);
-    }
-    before = &node;
-    std::string& text = json.element();
-    text.append(frame.head);
-    JsonStream::append_quoted(text, node.hostname);
-    text.append(frame.tail);
-  }
-  json.close(']');
-}
-
-// The fields in declared order, in three parts.
-
-void write_run(Object& object, const Config& config) {
-  object.add("operations", config.operations)
-      .add("num_permutations", config.num_permutations)
-      .add("ignore_subclusters", config.ignore_subclusters)
-      .add("re_collect", config.re_collect)
-      .add("env_propagation", config.env_propagation)
-      .add("db_close_delay", config.db_close_delay)
-      .add("node_include", config.node_include)
-      .add("sort_fields", config.sort_fields)
-      .add("suppressions", config.suppressions)
-      .add("data_age_threshold", config.data_age_threshold)
-      .add("kb_config_files", config.kb_config_files)
-      .add("message_categories", config.message_categories)
-      .add("common_options", config.common_options)
-      .add("fwds", *config.fwds)
-      .add("providers", config.providers)
-      .add("command_line", config.command_line)
-      .add("log_level", config.log_level)
-      .add("config_file", config.config_file)
-      .add("custom_provider_file", config.custom_provider_file)
-      .add("config_xsd", config.config_xsd)
-      .add("node_file", config.node_file)
-      .add("node_group_file", config.node_group_file)
-      .add("database_names", config.database_names)
-      .add("db_names", config.db_names)
-      .add("option_flags", config.option_flags)
-      .add("datastores", config.datastores)
-      .add("cluster_definition", config.cluster_definition)
-      .add("node_groups", config.node_groups);
-}
-
-void write_knowledge(Object& object, const Config& config) {
-  object.add("min_severity", config.min_severity)
-      .add("log_file", config.log_file)
-      .add("postprocessor_extensions", config.postprocessor_extensions)
-      .add("postproc_config_files", config.postproc_config_files)
-      .add("message_schema_files", config.message_schema_files)
-      .add("postproc_tables", config.postproc_tables)
-      .add("diagnosis_signs", config.diagnosis_signs)
-      .add("diagnosis_rules", config.diagnosis_rules)
-      .add("postproc_reports", config.postproc_reports)
-      .add("solutions", config.solutions)
-      .add("type_map", config.type_map)
-      .add("multi_type_map", config.multi_type_map)
-      .add("message_category_names", config.message_category_names)
-      .add("bin_path", config.bin_path)
-      .add("root", config.root);
-}
-
-std::string text_of(const char (&characters)[Config::PATH_CAPACITY]) {
-  return {characters, strnlen(characters, sizeof characters)};
-}
-
-void write_collector(Object& object, const Config& config) {
-  object.add("config_params", config.config_params)
-      .add("async_output_dir", text_of(config.async_output_dir))
-      .add("provider_config_dir", text_of(config.provider_config_dir))
-      .add("provider_auxiliary_path", text_of(config.provider_auxiliary_path))
-      .add("collector_timeout_scale", word_of(SCALE_TYPES, config.collector_timeout_scale))
-      .add("collector_network_interface", config.collector_network_interface)
-      .add("collector_timeout", config.collector_timeout)
-      .add("collection_timeout", config.collection_timeout)
-      .add("provider_options", config.provider_options)
-      .add("collect_extension", config.collect_extension)
-      .add("rules_file", config.rules_file)
-      .add("rules_xsd", config.rules_xsd)
-      .add("analysis_map_xsd", config.analysis_map_xsd)
-      .add("message_file", config.message_file)
-      .add("message_prefix", config.message_prefix)
-      .add("rules_kb_path", config.rules_kb_path)
-      .add("rules_directory", config.rules_directory)
-      .add("rule_elements", config.rule_elements);
-}
-
-void check_groups(const Config& config) {
-  const auto check = [](const std::shared_ptr<ClusterDefinition>& group) {
-    if (group != nullptr) {
-      for (const Tree& tree : group->fwd_nodes) {
-        check_depth(tree, group->name);
-      }
-    }
-  };
-  check(config.cluster_definition);
-  for (const auto& [name, group] : config.node_groups) {
-    check(group);
   }
 }
 
 }  // namespace
 
 void write_record(const Config& config, std::ostream& out) {
-  check_groups(config);
+  check_depth(config.cluster_definition);
+  for (const auto& [name, group] : config.node_groups) {
+    check_depth(group);
+  }
   JsonStream json(out);
-  Object object(json);
-  object.add("record_version", RECORD_VERSION);
-  write_run(object, config);
-  write_knowledge(object, config);
-  json.key("nodes");
-  write_nodes(json, config.nodes);
-  write_collector(object, config);
-  object.end();
+  json.open('{');
+  json.key("record_version");
+  json.number(RECORD_VERSION);
+  RecordWriter(json).write_fields(config);
+  json.close('}');
   json.finish();
 }
 

@@ -3,9 +3,10 @@
 #include <stdexcept>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 
+#include <qorn/detail/tree_budget.h>
 #include <qorn/fwd.h>
-#include <qorn/tree_budget.h>
 
 #include "fwd_members.h"
 
@@ -67,33 +68,42 @@ class TreeSizes {
 
 }  // namespace
 
-namespace internal {
-namespace {
-std::size_t tree_nodes_left = TREE_NODES_PER_RUN;
-}  // namespace
+namespace detail {
 
-void start_tree_budget() {
-  tree_nodes_left = TREE_NODES_PER_RUN;
+TreeBudget* TreeBudget::current = nullptr;
+
+TreeBudget::TreeBudget() : outer_(std::exchange(current, this)) {
 }
 
-void spend_tree_budget(const FwdNode& node) {
-  const std::size_t needed = TreeSizes::count(node, tree_nodes_left);
-  if (needed > tree_nodes_left) {
+TreeBudget::~TreeBudget() {
+  current = outer_;
+}
+
+void TreeBudget::spend(const FwdNode& node) {
+  const TreeCall call;
+  const std::size_t needed = TreeSizes::count(node, current->left_);
+  if (needed > current->left_) {
     throw std::runtime_error("The framework definition " + node.fwd->path +
                              " unfolds into a tree of more than 1,000,000 definitions: its "
                              "includes lead to the same definitions on too many ways.");
   }
-  tree_nodes_left -= needed;
+  current->left_ -= needed;
 }
 
-}  // namespace internal
+TreeCall::TreeCall() {
+  if (TreeBudget::current == nullptr) {
+    own_.emplace();
+  }
+}
+
+}  // namespace detail
 
 std::shared_ptr<FwdNode> FwdNode::clone() {
   return clone_impl(nullptr);
 }
 
 std::shared_ptr<FwdNode> FwdNode::clone_impl(std::shared_ptr<FwdNode> parent) {
-  internal::spend_tree_budget(*this);
+  detail::TreeBudget::spend(*this);
   const auto copy_of = [](const FwdNode& source, const std::shared_ptr<FwdNode>& above) {
     auto copy = std::make_shared<FwdNode>();
     copy->visited = true;
@@ -122,7 +132,7 @@ std::shared_ptr<FwdNode> FwdNode::clone_impl(std::shared_ptr<FwdNode> parent) {
 }
 
 std::vector<FwdNode::TreeLine> FwdNode::create_tree(std::vector<bool> levels, bool last) {
-  internal::spend_tree_budget(*this);
+  detail::TreeBudget::spend(*this);
   std::size_t levels_left = TREE_LEVELS;
   levels.push_back(last);
   std::vector<TreeLine> lines;

@@ -1,4 +1,3 @@
-#include <map>
 #include <stdexcept>
 
 #include <qorn/sorting.h>
@@ -6,15 +5,11 @@
 namespace qorn::enums {
 
 Sorting::FIELD convert_sorting_field(const std::string& name) {
-  static const std::map<std::string, Sorting::FIELD> FIELDS = {
-      {"id", Sorting::FIELD::ID},
-      {"node", Sorting::FIELD::NODE},
-      {"severity", Sorting::FIELD::SEVERITY}};
-  const auto found = FIELDS.find(name);
-  if (found == FIELDS.end()) {
+  auto field = Sorting::FIELD::ID;
+  if (!look_up(SORT_FIELDS, name, field)) {
     throw std::invalid_argument("unknown sort field: '" + name + "'");
   }
-  return found->second;
+  return field;
 }
 
 }  // namespace qorn::enums

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 
 namespace qorn::str {
 namespace {
@@ -58,16 +59,6 @@ class Wrapper {
   bool at_start_;
 };
 
-std::vector<std::string_view> lines_of(std::string_view text) {
-  std::vector<std::string_view> lines;
-  for (std::size_t start = 0; start < text.size();) {
-    const std::size_t end = std::min(text.find('\n', start), text.size());
-    lines.push_back(text.substr(start, end - start));
-    start = end + 1;
-  }
-  return lines;
-}
-
 std::size_t width_or_terminal(unsigned width) {
   return width == 0 ? terminal_width() : width;
 }
@@ -89,13 +80,11 @@ void wrap_plain_line(std::string_view line, std::size_t width, std::size_t prefi
 std::string word_wrap(std::string_view text, unsigned width, std::string_view prefix) {
   std::string result(prefix);
   Wrapper wrapper(width_or_terminal(width), prefix.size(), result, prefix.size());
-  bool first = true;
-  for (const std::string_view line : lines_of(text)) {
-    if (!first) {
+  for (Lines lines(text); lines.next();) {
+    if (lines.number() > 1) {
       wrapper.new_line();
     }
-    wrapper.add_words(line);
-    first = false;
+    wrapper.add_words(lines.line());
   }
   if (!text.empty() && text.back() == '\n') {
     result.push_back('\n');
@@ -107,12 +96,12 @@ std::string column_wrap(std::string_view text, unsigned width, std::string_view 
                         bool align) {
   const std::size_t columns = width_or_terminal(width);
   std::size_t longest_head = 0;
-  for (const std::string_view line : lines_of(text)) {
-    const std::size_t end = line.find(c);
-    longest_head = end == std::string_view::npos ? longest_head : std::max(longest_head, end + 1);
+  for (Lines heads(text); heads.next();) {
+    longest_head = std::max(longest_head, heads.line().find(c) + 1);  // 0 for a line without c
   }
   std::string result;
-  for (const std::string_view line : lines_of(text)) {
+  for (Lines lines(text); lines.next();) {
+    const std::string_view line = lines.line();
     const std::size_t end = line.find(c);
     if (end == std::string_view::npos) {
       wrap_plain_line(line, columns, prefix.size(), result);

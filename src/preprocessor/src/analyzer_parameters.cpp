@@ -3,12 +3,15 @@
 #include <stdexcept>
 #include <utility>
 
+#include <qorn/detail/notes.h>
 #include <qorn/preproc/config_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
 namespace qorn::preproc {
 namespace {
+
+using Effect = RunNotes::Setting::Effect;
 
 constexpr std::uint64_t SECONDS_PER_DAY = 86400;
 constexpr std::size_t MOST_GROUPED_VALUES = 10'000'000;
@@ -27,6 +30,16 @@ class ParameterReader {
  public:
   explicit ParameterReader(std::vector<ConfigParam>& params) : params_(params) {}
 
+  void read_children(const xmlNode* parent) {
+    for (const xmlNode* element : xml::Elements(parent)) {
+      read(element);
+    }
+  }
+
+  /// Where the parameters stand that were added, in their order.
+  const std::vector<Place>& places() const { return places_; }
+
+ private:
   void read(const xmlNode* element) {
     ConfigParam param;
     if (xml::get_num_element_children(element) == 0) {
@@ -41,7 +54,6 @@ class ParameterReader {
     }
   }
 
- private:
   void read_plain(const xmlNode* element, ConfigParam& param) {
     std::string content;
     if (!first_child_content(element, content)) {
@@ -79,14 +91,25 @@ class ParameterReader {
                                "each parameter of a group holds the values of those ahead of it.");
     }
     params_.push_back(param);
+    places_.push_back(xml::place_of(element));
+    const std::string group = param.group.empty() ? "" : param.group + "/";
+    detail::note_setting({"config_params." + group + param.name,
+                          {},
+                          places_.back(),
+                          param.values.empty() ? "" : param.values.back(),
+                          Effect::ADDS});
   }
 
   std::vector<ConfigParam>& params_;
-  std::size_t values_ = 0;  // of grouped parameters
+  std::vector<Place> places_;  // of those that were added
+  std::size_t values_ = 0;     // of grouped parameters
 };
 
-/// Turns the days of data-age-threshold into seconds, in the record and in the parameter itself.
-void convert_data_age(ConfigParam& param, Config& config) {
+/// Turns the days of data-age-threshold into seconds, in the record and in the parameter itself; of
+/// one that no element gave, an option did.
+void convert_data_age(ConfigParam& param, const Place* place, Config& config) {
+  detail::note_setting({"data_age_threshold", place == nullptr ? "command line -t" : "",
+                        place == nullptr ? Place() : *place, param.values[0], Effect::SETS});
   const std::uint64_t days = std::stoul(str::stripws(param.values[0]));
   config.data_age_threshold = static_cast<std::uint32_t>(days * SECONDS_PER_DAY);
   param.values[0] = std::to_string(config.data_age_threshold);
@@ -108,10 +131,13 @@ int ConfigParser::parse_tag_config(xmlNode* root, Config& config) {
   if (parameters == nullptr) {
     return 0;  // suppressions alone aren't read
   }
-  parse_xml_config(parameters, config.config_params);
-  for (ConfigParam& param : config.config_params) {
+  const std::size_t typed = config.config_params.size();
+  ParameterReader reader(config.config_params);
+  reader.read_children(parameters);
+  for (std::size_t i = 0; i < config.config_params.size(); ++i) {
+    ConfigParam& param = config.config_params[i];
     if (param.name == "data-age-threshold" && !param.values.empty()) {
-      convert_data_age(param, config);
+      convert_data_age(param, i < typed ? nullptr : &reader.places()[i - typed], config);
     }
   }
   parse_xml_suppressions(xml::get_child_node(analyzer, "suppressions"), config.suppressions);
@@ -119,10 +145,7 @@ int ConfigParser::parse_tag_config(xmlNode* root, Config& config) {
 }
 
 void ConfigParser::parse_xml_config(xmlNode* node, std::vector<ConfigParam>& params) {
-  ParameterReader reader(params);
-  for (const xmlNode* element : xml::Elements(node)) {
-    reader.read(element);
-  }
+  ParameterReader(params).read_children(node);
 }
 
 void ConfigParser::parse_xml_suppressions(xmlNode* node, std::vector<Suppression>& suppressions) {
@@ -133,6 +156,7 @@ void ConfigParser::parse_xml_suppressions(xmlNode* node, std::vector<Suppression
     suppression.node_id = xml::get_str(child, "node_id", "");
     suppression.severity = number_or_zero(xml::get_str(child, "severity", ""));
     suppressions.push_back(suppression);
+    detail::note_setting({"suppressions", {}, xml::place_of(child), suppression.id, Effect::ADDS});
   }
 }
 

@@ -1,48 +1,25 @@
 #pragma once
 
-#include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 
-#include <sys/types.h>
+#include <qorn/fs.h>
 
+/// CLIPS files as text.
 namespace qorn::preproc::clips_parser {
+#pragma GCC visibility push(hidden)
 
-/// Device and inode: two paths to one file have the same.
-using FileId = std::pair<dev_t, ino_t>;
-
-/// A CLIPS file as text, read whole.
-struct ClipsFile {
-  enum class State {
-    NOT_OPENED,  // missing, no rights
-    READ,
-    FAILED  // not a regular file, larger than 100 MB, or reading broke off
-  };
-  State state = State::NOT_OPENED;
-  FileId id;
-  std::string text;    // of a failed one, the whole lines ahead of the failure
-  std::string reason;  // what the words "can't be read" wouldn't tell; mostly empty
+/// What a line loads.
+struct Load {
+  std::string name;  // of the file, below the directory of loads
+  /// The line has the form (batch* NAME). In any other a part of its keyword stands ahead of the
+  /// name, which leads to no file.
+  bool is_starred;
 };
 
-/// Reads the file at `path` and closes it again. Never waits for a pipe or a device.
-ClipsFile read_clips_file(const std::string& path);
+/// Reads a line that starts with "(batch" or "(load"; nothing for other lines.
+std::optional<Load> find_load(std::string_view line);
 
-/// Takes a text apart into lines as std::getline does: without the line feed, and with a last line
-/// that has none.
-class Lines {
- public:
-  explicit Lines(std::string_view text) : text_(text) {}
-
-  /// Sets `line` to the next line; false at the end.
-  bool next(std::string_view& line);
-
-  /// The number of bytes gone through.
-  std::size_t position() const { return position_; }
-
- private:
-  std::string_view text_;
-  std::size_t position_ = 0;
-};
-
+#pragma GCC visibility pop
 }  // namespace qorn::preproc::clips_parser

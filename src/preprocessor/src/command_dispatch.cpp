@@ -2,6 +2,8 @@
 #include <cstring>
 #include <exception>
 
+#include <qorn/detail/notes.h>
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/preproc/clips_parser.h>
@@ -22,11 +24,6 @@ std::string command_suffix(const std::string& command) {
   return command == "10" ? "-analyze" : " " + command;
 }
 
-void parse_diagnosis_files(Config& config) {
-  clips_parser::parse_diagnoses(config.root + "/kb" + "/rules/diagnosis.clp", config);
-  clips_parser::parse_diagnoses(config.root + "/kb" + "/rules/shared_diagnosis.clp", config);
-}
-
 /// Reads a delay: a text that is no number gives 0, a negative number leaves `delay` as it is.
 void read_close_delay(const std::string& text, std::int32_t& delay) {
   const auto warn = [](const std::string& value) {
@@ -40,6 +37,12 @@ void read_close_delay(const std::string& text, std::int32_t& delay) {
     warn(text);
     log::ErrorLog(log::level::DEBUG).stream() << error.what();
   }
+  using Effect = RunNotes::Setting::Effect;
+  detail::note_setting({"db_close_delay",
+                        "environment QORN_COLLECT_DATABASE_CLOSE_DELAY",
+                        {},
+                        text,
+                        number < 0 ? Effect::IGNORED : Effect::SETS});
   if (number < 0) {
     warn(std::to_string(number));
   } else {
@@ -58,7 +61,9 @@ int Preprocessor::ProcessCommand(int argc, char** argv, Config& config) {
   cmd_struct* command = check_cmd_existence(first);
   if (command != nullptr) {
     options.is_command = true;
-    config.command_line += command_suffix(first);
+    const std::string suffix = command_suffix(first);
+    config.command_line += suffix;
+    detail::note_setting({"operations", "command line " + suffix.substr(1), {}, first});
   }
   for (int i = command != nullptr ? 2 : 1; i < argc; ++i) {
     config.command_line.append(" ").append(argv[i]);
@@ -111,7 +116,7 @@ int Preprocessor::cmd_collect(int argc, char** argv, Config& config) {
 // The diagnoses are read again with the configuration checks; what is found twice stays twice.
 int Preprocessor::cmd_analyze(int argc, char** argv, Config& config) {
   config.operations |= operation::ANALYZE | operation::ANALYZE_ENGINE;
-  parse_diagnosis_files(config);
+  clips_parser::parse_installed_diagnoses(config);
   return ProcessArgs(argc, argv, config);
 }
 
@@ -125,8 +130,8 @@ int Preprocessor::cmd_generate_solutions(int argc, char** argv, Config& config) 
     return 1;
   }
   config.rules_file = str::wordexp(argv[2]);
-  config.rules_xsd = config.root + "/etc/rules_generator.xsd";
-  config.analysis_map_xsd = config.root + "/etc/analysis_map.xsd";
+  config.rules_xsd = schema_path(DocumentKind::RULES_DOCUMENT, config.root);
+  config.analysis_map_xsd = schema_path(DocumentKind::ANALYSIS_MAP, config.root);
   return parseRulesXML(config);
 }
 

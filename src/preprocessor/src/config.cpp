@@ -4,11 +4,13 @@
 #include <limits>
 #include <set>
 
-#include <qorn/fs.h>
+#include <qorn/detail/notes.h>
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config.h>
 #include <qorn/preproc/preprocessor.h>
 #include <qorn/str.h>
+#include <qorn/written_path.h>
 #include <qorn/xml.h>
 #include <qorn/xml/xpath.h>
 
@@ -55,10 +57,7 @@ void read_collector(const xml::XPath& xpath, const std::string& file, Config& co
     store_seconds(node, file, config.collector_timeout);
     std::string scale;
     xml::get_attr(node, "scale", scale);
-    const auto found = SCALE_TYPES.find(scale);
-    if (found != SCALE_TYPES.end()) {
-      config.collector_timeout_scale = found->second;
-    }
+    look_up(SCALE_TYPES, scale, config.collector_timeout_scale);
   }
   if (const xmlNode* node = xpath.first("//configuration/collector/qorn_collection_timeout")) {
     store_seconds(node, file, config.collection_timeout);
@@ -112,15 +111,15 @@ int read_config(Config& config, const std::string& file) {
 
 bool get_provider_list(xmlNode* tag, std::vector<std::string>& names, Config& config) {
   names = xml::get_str_list(tag, "provider");
-  std::string directory = config.root + "/etc/providers";
-  std::string file;
-  xml::get_attr(tag, "config_path", directory);
-  if (!xml::get_attr(tag, "config_file", file)) {
+  const auto file = xml::attribute_of(tag, "config_file");
+  if (!file) {
     return true;
   }
-  const std::string path = str::wordexp(directory + "/" + file);
+  const std::string path =
+      written_path::custom_providers(*file, xml::attribute_of(tag, "config_path"), config.root);
+  detail::note_named({DocumentKind::CUSTOM_PROVIDERS, *file, path, xml::place_of(tag)});
   const xml::DocumentPtr doc =
-      xml::open_valid_document(path, config.root + "/provider/provider.xsd");
+      xml::open_valid_document(path, schema_path(DocumentKind::CUSTOM_PROVIDERS, config.root));
   if (doc == nullptr) {
     // The colon stands behind the line break; the log level doesn't count.
     std::cerr << "Could not validate the xml file\n:" << path << '\n';
@@ -150,7 +149,7 @@ bool parse_provider_tag(xmlNode* tag, Config& config) {
     provider->name = name;
     provider->aux_path = config.root + "/provider/share";
     provider->config_dir = config.root + "/etc/providers";
-    provider->config_file = fs::abspath(provider->config_dir + "/" + name + ".xml");
+    provider->config_file = written_path::provider(name, provider->config_dir);
     const int status = Preprocessor::parse_provider_config_xml(*provider, provider->config_file,
                                                                config, provider->aux_path);
     if (status == 1) {
@@ -174,13 +173,17 @@ bool parse_provider_tag(xmlNode* tag, Fwd& fwd, Config& config) {
   internal::GroupAttributes<provider_config> group;
   group.attributes = {{"dependency_type", "non-blocking"}};
   std::set<std::string> seen;
-  for (const std::string& name : names) {
+  for (const xmlNode* element : xml::get_child_nodes(tag, "provider")) {
+    const std::string name = xml::content_of(element);
     std::shared_ptr<provider_config>& provider = config.providers[name];
     if (provider == nullptr) {
       provider = std::make_shared<provider_config>();
       provider->name = name;
       provider->aux_path = fwd.provider_aux_path;
       provider->config_dir = fwd.provider_path;
+      detail::note_named({DocumentKind::PROVIDER, name,
+                          written_path::provider(name, provider->config_dir),
+                          xml::place_of(element)});
     }
     group.members.push_back(provider);
     seen.insert(provider->name);

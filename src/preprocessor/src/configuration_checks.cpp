@@ -1,28 +1,14 @@
-#include <algorithm>
-
 #include <qorn/log/error_log.h>
 #include <qorn/node.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/preproc/preprocessor.h>
 
 namespace qorn::preproc {
-namespace {
-
-constexpr const char* DEFAULT_ROLE = "compute";
-
-bool has_valid_role(const Node& node) {
-  return std::any_of(node.roles.begin(), node.roles.end(), [](const std::string& role) {
-    return std::find(NODE_ROLES.begin(), NODE_ROLES.end(), role) != NODE_ROLES.end();
-  });
-}
-
-}  // namespace
 
 bool Preprocessor::CheckConfiguration(Config& config) {
   const bool collects = (config.operations & operation::COLLECT) != 0;
   if ((config.operations & operation::ANALYZE) != 0) {
-    clips_parser::parse_diagnoses(config.root + "/kb" + "/rules/diagnosis.clp", config);
-    clips_parser::parse_diagnoses(config.root + "/kb" + "/rules/shared_diagnosis.clp", config);
+    clips_parser::parse_installed_diagnoses(config);
   }
   if (!config.node_file.empty() && !parse_nodefile(config.node_file, config)) {
     return false;
@@ -53,10 +39,7 @@ bool Preprocessor::parse_nodefile(const std::string& file, Config& config) {
     return false;
   }
   for (Node& node : list.nodes) {
-    std::sort(node.roles.begin(), node.roles.end());
-    if (!has_valid_role(node)) {
-      node.roles.emplace_back(DEFAULT_ROLE);
-    }
+    node::complete_roles(node.roles);
   }
   config.nodes = std::move(list.nodes);
   return true;

@@ -2,8 +2,9 @@
 #include <set>
 
 #include <qorn/datastore/datastore_parse_utility.h>
+#include <qorn/detail/notes.h>
 #include <qorn/log/error_log.h>
-#include <qorn/preproc/config_parser.h>
+#include <qorn/preproc/preprocessor.h>
 #include <qorn/xml.h>
 
 namespace qorn::preproc {
@@ -46,8 +47,15 @@ int ConfigParser::parse_tag_db(xmlNode* root, Config& config) {
     const DataStoreConfig default_config(DatabaseType::SQLITE, datastore::DEFAULT_DATASTORE_NAME,
                                          datastore::DEFAULT_DATASTORE_SQLITE_EXTENSION_NAME, "",
                                          datastore::default_source_parameters(only_reads(config)));
-    config.datastores = DataStoreParseUtility::parse_db_configs(
-        xml::get_child_node(root, "datastore_extensions"), default_config);
+    const xmlNode* extensions = xml::get_child_node(root, "datastore_extensions");
+    config.datastores = DataStoreParseUtility::parse_db_configs(extensions, default_config);
+    for (const xmlNode* store : xml::get_child_nodes(extensions, "datastore")) {
+      detail::note_setting({"datastores",
+                            {},
+                            xml::place_of(store),
+                            xml::attribute_of(store, "name").value_or(default_config.name),
+                            RunNotes::Setting::Effect::ADDS});
+    }
   } catch (const std::exception& error) {
     log::ErrorLog(log::level::ERROR).stream() << error.what();
     return 1;
@@ -71,6 +79,28 @@ int ConfigParser::configure_tag_db(Config& config) {
       << (only_reads(config) ? "Cannot find any data sources type for 'DATA'.\n"
                              : "Cannot find any data source of type SQlite 'DATA'.\n");
   return 1;
+}
+
+void Preprocessor::find_database_names(Config& config) {
+  config.database_names.clear();
+  try {
+    for (const auto& store : DataStoreParseUtility::get_datastore_vector()) {
+      if (!store.flags.test(datastore::DataStore::IN_USE)) {
+        continue;
+      }
+      if (store.config.type == DatabaseType::SQLITE) {
+        std::string path;
+        bool read_only = false;
+        datastore::parse_sqlite_params(store.config.parameters, path, read_only);
+        config.database_names.push_back(path);
+      } else {
+        config.database_names.push_back(store.config.parameters);
+      }
+    }
+  } catch (const std::exception& error) {
+    log::ErrorLog(log::level::ERROR).stream() << "Error thrown in when printing database name.";
+    log::ErrorLog(log::level::ERROR).stream() << error.what();
+  }
 }
 
 }  // namespace qorn::preproc

@@ -8,6 +8,7 @@
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 
 #include "clips_file.h"
 #include "ecma_pattern.h"
@@ -94,20 +95,24 @@ void scan_line(std::string_view line, const std::string& file, Scan& scan, Confi
 }  // namespace
 
 void parse_diagnoses(const std::string& file, Config& config) {
-  const ClipsFile content = read_clips_file(file);
+  const fs::FileText content = read_clips_file(file);
   Scan scan;
-  Lines lines(content.text);
-  std::string_view line;
-  while (lines.next(line)) {
-    scan_line(line, file, scan, config);
+  for (str::Lines lines(content.text); lines.next();) {
+    scan_line(lines.line(), file, scan, config);
   }
-  if (content.state != ClipsFile::State::FAILED) {
+  if (content.was_read() || content.state == fs::FileText::State::NOT_OPENED) {
     return;
   }
-  if (!content.reason.empty()) {
+  if (content.state == fs::FileText::State::TOO_LARGE) {
     log::ErrorLog(log::level::ERROR).stream() << str::printable(file) << ": " << content.reason;
   }
   log::ErrorLog(log::level::ERROR).stream() << "Error closing file " << file;
+}
+
+void parse_installed_diagnoses(Config& config) {
+  for (const char* file : DIAGNOSIS_FILES) {
+    parse_diagnoses(config.root + file, config);
+  }
 }
 
 std::string match_quotes(const std::string& text) {

@@ -7,6 +7,7 @@
 #include <re2/re2.h>
 
 namespace qorn::preproc::clips_parser {
+#pragma GCC visibility push(hidden)
 
 /// A pattern in the ECMAScript syntax, as std::regex reads it, applied as a search. It is run by
 /// RE2: a search costs time linear in the subject and can't overflow the stack, and it finds the
@@ -44,4 +45,5 @@ class EcmaPattern {
 /// Whether `word` stands in `text`.
 bool holds(std::string_view text, std::string_view word);
 
+#pragma GCC visibility pop
 }  // namespace qorn::preproc::clips_parser

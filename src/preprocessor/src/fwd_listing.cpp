@@ -1,12 +1,12 @@
 #include <algorithm>
 #include <exception>
 
+#include <qorn/detail/tree_budget.h>
 #include <qorn/fs.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/preproc/fwd_parser.h>
 #include <qorn/preproc/print_handler.h>
-#include <qorn/tree_budget.h>
 #include <qorn/util/engine_helper.h>
 
 namespace qorn::preproc {
@@ -88,7 +88,7 @@ void FWDParser::print_fwds_rules(const std::string& name, const std::string& fir
 void FWDParser::print_fwd_info_all(const Fwd& fwd, const std::string& first_indent,
                                    const std::string& second_indent, Config& config) {
   if (fwd.node != nullptr) {
-    internal::spend_tree_budget(*fwd.node);
+    detail::TreeBudget::spend(*fwd.node);
   }
   std::vector<const Fwd*> stack{&fwd};
   while (!stack.empty()) {

@@ -4,11 +4,13 @@
 #include <unordered_set>
 #include <utility>
 
-#include <qorn/fs.h>
+#include <qorn/detail/notes.h>
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config_parser.h>
 #include <qorn/preproc/fwd_parser.h>
 #include <qorn/str.h>
+#include <qorn/written_path.h>
 #include <qorn/xml.h>
 
 #include "postprocessor_documents.h"
@@ -76,6 +78,12 @@ void link(const std::shared_ptr<FwdNode>& node, const std::shared_ptr<Fwd>& fwd)
   fwd->node = node;
 }
 
+/// Nobody asks for the blanks between includes, of which a dense graph has many.
+bool is_includes(const xmlNode& element) {
+  return xml::name_of(&element) == "includes" && element.parent != nullptr &&
+         xml::name_of(element.parent) == "framework_definition";
+}
+
 int report_cycle(const FwdNode& member, const FwdNode& node) {
   log::ErrorLog(log::level::ERROR).stream() << "\n Circular depedency detected for "
                                             << member.fwd->path << " in " << node.fwd->path << "\n";
@@ -110,28 +118,23 @@ int FWDParser::load_fwds(Config& config, bool update) {
       return 1;
     }
   }
-  // The knowledge base documents share the reports' schema file.
-  const std::string reports_xsd = config.root + "/etc/postprocessor/postproc.xsd";
+  const std::string reports_xsd = schema_path(DocumentKind::REPORT, config.root);
   std::vector<xml::Fault> faults;
-  if (read_postproc_tables(config, config.root + "/etc/postprocessor/table.xsd", faults) != 1) {
+  if (read_postproc_tables(config, schema_path(DocumentKind::TABLE, config.root), faults) != 1) {
     pass_over_reports(config, reports_xsd, faults);
     xml::report(faults);
   } else if (read_postproc_reports(config, reports_xsd, faults) == 1) {
     return 1;
   }
-  return ConfigParser().parse_kb_config(config, reports_xsd) == 1 ? 1 : 0;
+  return ConfigParser().parse_kb_config(config,
+                                        schema_path(DocumentKind::KNOWLEDGE_BASE, config.root)) == 1
+             ? 1
+             : 0;
 }
 
 int FWDParser::process_fwd(const std::string& name, std::string& path, Config& config,
                            bool /*flag*/) {
-  const bool is_file = name.size() > 4 && name.compare(name.size() - 4, 4, ".xml") == 0;
-  if (!is_file) {
-    path = config.root + "/etc/fwd/" + name + ".xml";
-  } else if (name.front() != '/') {
-    path = fs::abspath(".") + "/" + name;
-  } else {
-    path = name;
-  }
+  path = written_path::asked_framework(name, config.root);
   return 0;
 }
 
@@ -216,7 +219,7 @@ int FWDParser::read_document(const std::shared_ptr<FwdNode>& node, Config& confi
   }
   Fwd& fwd = *node->fwd;
   log::debug("Include: ", fwd.path);
-  const xml::DocumentPtr doc = xml::open_valid_document(fwd.path, fwd_xsd);
+  const xml::DocumentPtr doc = xml::open_valid_document(fwd.path, fwd_xsd, {is_includes});
   log::debug("Opening Fwd: ", fwd.path);
   if (doc == nullptr) {
     log::ErrorLog(log::level::ERROR).stream()
@@ -298,6 +301,7 @@ int FWDParser::read_includes(Config& config, const xmlNode* includes, FwdNode::G
     std::shared_ptr<FwdNode>& node = load.includes[name];
     if (node == nullptr) {
       node = node_of(name, config);
+      detail::note_named({DocumentKind::FRAMEWORK, name, node->fwd->path, xml::place_of(include)});
     }
     group.members.push_back(node);
   }

@@ -2,31 +2,22 @@
 #include <exception>
 #include <stdexcept>
 
-#include <qorn/fs.h>
+#include <qorn/detail/notes.h>
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/clips_parser.h>
 #include <qorn/preproc/config.h>
 #include <qorn/preproc/fwd_parser.h>
 #include <qorn/str.h>
+#include <qorn/written_path.h>
 #include <qorn/xml.h>
 
-#include "run_notes.h"
+#include "rule_chain.h"
 
 namespace qorn::preproc {
 namespace {
 
 constexpr const char* DEFAULT_RULE_FILE = "health.clp";
-
-/// The name without its directory and ".xml". How much goes behind ".xml" grows with the stem's
-/// length, up to all of it: the bare names that engines know came about this way.
-std::string bare_name(const std::string& written) {
-  std::string name = written.substr(written.rfind('/') + 1);
-  const std::size_t extension = name.rfind(".xml");
-  if (extension != std::string::npos) {
-    name.erase(extension, std::min(extension + 3, name.size() - extension));
-  }
-  return name;
-}
 
 /// Reads a text of a definition; 1, with a line at level 3, when that throws.
 int read_text(const xmlNode* node, const char* name, std::string& text) {
@@ -40,15 +31,6 @@ int read_text(const xmlNode* node, const char* name, std::string& text) {
   return 0;
 }
 
-/// The path of the knowledge base document that a kb_mods element names.
-std::string kb_config_path(const xmlNode* kb_mods, const std::string& file, const Config& config) {
-  std::string directory;
-  if (xml::get_attr(kb_mods, "config_path", directory)) {
-    return str::wordexp(directory) + file;  // the directory ends in its own slash
-  }
-  return str::wordexp(config.root + "/etc/kb" + "/" + file);
-}
-
 bool is_listed(const std::string& mod, const Fwd& fwd) {
   return std::find(fwd.kb_mods.begin(), fwd.kb_mods.end(), mod) != fwd.kb_mods.end();
 }
@@ -57,13 +39,13 @@ bool is_listed(const std::string& mod, const Fwd& fwd) {
 void note_unscanned(const std::string& path, const std::vector<const xmlNode*>& mods,
                     const Fwd& fwd) {
   RunNotes::PassedOver passed_over{
-      RunNotes::PassedOver::Kind::RULE_FILES, path, fwd.name, xml::place_of(mods.front()), {}};
+      RunNotes::PassedOver::Kind::RULE_FILES, path, {}, fwd.name, xml::place_of(mods.front()), {}};
   for (const xmlNode* mod : mods) {
     if (std::string text = xml::content_of(mod); !is_listed(text, fwd)) {
       passed_over.together.push_back(std::move(text));
     }
   }
-  note(std::move(passed_over));
+  detail::note_passed_over(std::move(passed_over));
 }
 
 }  // namespace
@@ -80,30 +62,29 @@ void FWDParser::set_default_paths(const std::string& fwd_xsd_path, const std::st
 }
 
 void FWDParser::update_defaults(const Config& config) {
-  set_default_paths(config.root + "/etc/fwd.xsd", config.root + "/analyzer/qorn64/cpp",
-                    config.root + "/kb", config.root + "/etc/providers",
-                    config.root + "/provider/share", config.root + "/etc");
+  set_default_paths(schema_path(DocumentKind::FRAMEWORK, config.root),
+                    config.root + "/analyzer/qorn64/cpp", config.root + "/kb",
+                    config.root + "/etc/providers", config.root + "/provider/share",
+                    config.root + "/etc");
 }
 
 int FWDParser::compute_name_and_path(Fwd& fwd) {
-  std::string path = fwd.name;
-  if (path.at(0) != '/') {
-    path.insert(0, fwd_base + "/");
-  }
-  fwd.path = fs::abspath(str::wordexp(path));
-  fwd.name = bare_name(fwd.name);
+  fwd.path = written_path::framework(fwd.name, fwd_base);
+  fwd.name = written_path::framework_name(fwd.name);
   return 0;
 }
 
 void FWDParser::set_fwd_paths(const Config& config, Fwd& fwd) {
-  const auto fill = [&](std::string& directory, const char* suffix) {
+  FWDParser usual;
+  usual.update_defaults(config);
+  const auto fill = [](std::string& directory, const std::string& usual_directory) {
     if (directory.empty()) {
-      directory = config.root + suffix;
+      directory = usual_directory;
     }
   };
-  fill(fwd.kb_path, "/kb");
-  fill(fwd.provider_path, "/etc/providers");
-  fill(fwd.provider_aux_path, "/provider/share");
+  fill(fwd.kb_path, usual.kb_path);
+  fill(fwd.provider_path, usual.provider_path);
+  fill(fwd.provider_aux_path, usual.provider_aux_path);
   for (std::string& mod : fwd.kb_mods) {
     mod = str::stripws(mod);
     mod = str::wordexp(mod.empty() ? DEFAULT_RULE_FILE : mod);
@@ -133,13 +114,14 @@ int FWDParser::parse_tag_kb_mods(xmlNode* node, Fwd& fwd, Config& config) {
   if (kb_mods == nullptr) {
     return 0;
   }
-  std::string file;
-  if (xml::get_attr(kb_mods, "config_file", file)) {
-    const std::string path = kb_config_path(kb_mods, file, config);
+  if (const auto file = xml::attribute_of(kb_mods, "config_file")) {
+    const std::string path =
+        written_path::knowledge_base(*file, xml::attribute_of(kb_mods, "config_path"), config.root);
     log::debug("KB config XML: ", path);
+    detail::note_named({DocumentKind::KNOWLEDGE_BASE, *file, path, xml::place_of(kb_mods)});
     config.kb_config_files.push_back(path);
   }
-  const std::string directory = str::wordexp(fwd.kb_path);
+  const std::string directory = written_path::rule_directory(fwd.kb_path);
   const std::vector<xmlNode*> mods = xml::get_child_nodes(kb_mods, "mod");
   for (auto each = mods.begin(); each != mods.end(); ++each) {
     const std::string mod = xml::content_of(*each);
@@ -150,10 +132,18 @@ int FWDParser::parse_tag_kb_mods(xmlNode* node, Fwd& fwd, Config& config) {
     if (str::stripws(mod).empty()) {
       continue;  // the directory that it would lead to is nobody's rule file
     }
-    const std::string path = str::wordexp(fwd.kb_path + "/" + mod);
-    if (parse_clips_rules(path, fwd.rules, config, directory) == 1) {
+    const std::string path = written_path::rule_file(mod, fwd.kb_path);
+    detail::note_named(DocumentKind::RULE_FILE, path, [&] {
+      return Reference{DocumentKind::RULE_FILE, mod, path, xml::place_of(*each)};
+    });
+    const auto [is_whole, has_rule] = clips_parser::scan_chain(path, fwd.rules, config, directory);
+    if (!is_whole) {
       note_unscanned(path, {each, mods.end()}, fwd);
       return 1;
+    }
+    if (!has_rule) {
+      detail::note_passed_over(
+          {RunNotes::PassedOver::Kind::SILENT_RULES, path, {}, fwd.name, xml::place_of(*each), {}});
     }
   }
   return 0;

@@ -1,11 +1,12 @@
+#include "implicit_groups.h"
+
 #include <algorithm>
 #include <utility>
 
+#include <qorn/detail/tree_budget.h>
 #include <qorn/detail/unheld_trees.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/node_group_parser.h>
-
-#include "shared_nodes.h"
 
 namespace qorn::preproc {
 namespace {
@@ -227,6 +228,7 @@ std::shared_ptr<FwdNode> find_in_roots(const FwdRegistry& registry, const std::s
 }
 
 int NodeGroupParser::create_implicit_groups(std::string fwd_path, Config& config) {
+  const detail::TreeCall call;
   create_implicit_group(fwd_path, implicit_group_nodes(config), config);
   return 0;
 }
@@ -257,6 +259,7 @@ void NodeGroupParser::create_implicit_group(const std::string& fwd_path, const S
 }
 
 int NodeGroupParser::create_node_groups(Config& config) {
+  const detail::TreeCall call;
   if (!is_node_group_file_available(config)) {
     return 0;
   }
@@ -268,6 +271,7 @@ int NodeGroupParser::create_node_groups(Config& config) {
 }
 
 int NodeGroupParser::create_all_group(Config& config) {
+  const detail::TreeCall call;
   if (std::any_of(config.nodes.begin(), config.nodes.end(), historic_subcluster_present)) {
     return 0;
   }

@@ -1,3 +1,4 @@
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config_parser.h>
 #include <qorn/str.h>
@@ -25,7 +26,8 @@ void parse_category(const xmlNode* node, Config& config) {
 
 int ConfigParser::parse_tag_message_schema(Config& config, const std::string& xsd) {
   if (config.message_schema_files.empty()) {
-    config.message_schema_files.push_back(config.root + "/kb/data/msg_schema.xml");
+    config.message_schema_files.push_back(
+        installed_place(DocumentKind::MESSAGE_SCHEMA, config.root) + "msg_schema.xml");
   }
   for (const std::string& path : config.message_schema_files) {
     const xml::DocumentPtr doc = xml::open_valid_document(path, xsd);

@@ -1,27 +1,21 @@
 #include <algorithm>
 
+#include <qorn/detail/notes.h>
+#include <qorn/detail/tree_budget.h>
 #include <qorn/detail/unheld_trees.h>
-#include <qorn/fs.h>
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
 #include <qorn/node/nodelist.h>
 #include <qorn/preproc/node_group_parser.h>
-#include <qorn/str.h>
+#include <qorn/written_path.h>
 #include <qorn/xml.h>
 
-#include "shared_nodes.h"
+#include "implicit_groups.h"
 
 namespace qorn::preproc {
 namespace {
-
-/// The absolute path of a framework definition that a group document names.
-std::string fwd_path_of(const std::string& name, const Config& config) {
-  if (name.find(".xml") != std::string::npos) {
-    return fs::abspath(name);
-  }
-  return fs::abspath(config.root + "/etc/fwd/" + name + ".xml");
-}
 
 bool has_historic_subcluster(const Config& config) {
   return std::any_of(config.nodes.begin(), config.nodes.end(), historic_subcluster_present);
@@ -51,11 +45,12 @@ bool NodeGroupParser::is_node_group_file_available(const Config& config) {
 }
 
 int NodeGroupParser::parse_group_file(Config& config) {
+  const detail::TreeCall call;
   if (!is_node_group_file_available(config)) {
     return 0;
   }
-  xml::DocumentPtr doc =
-      xml::open_valid_document(config.node_group_file, config.root + "/etc/nodegroup.xsd");
+  xml::DocumentPtr doc = xml::open_valid_document(config.node_group_file,
+                                                  schema_path(DocumentKind::GROUPS, config.root));
   if (doc == nullptr) {
     log::ErrorLog(log::level::ERROR).stream()
         << "Failed to open and validate group file " << config.node_group_file << "\n";
@@ -119,7 +114,10 @@ int NodeGroupParser::parse_node_group(xmlNode* group_element, NodeSet& nodes, Co
 int NodeGroupParser::read_group_nodes(const xmlNode* group_element, ClusterDefinition& group,
                                       const Config& config) {
   const xmlNode* files = xml::get_child_node(group_element, "nodefiles");
-  for (const std::string& path : xml::get_str_list(files, "path")) {
+  for (const xmlNode* element : xml::get_child_nodes(files, "path")) {
+    const std::string path = xml::content_of(element);
+    detail::note_named(
+        {DocumentKind::NODE_FILE, path, written_path::plain_file(path), xml::place_of(element)});
     node::Nodelist list;
     if (!node::read_nodefile(path, list)) {
       log::OutputLog().stream() << "Please check the hostfile included by the <nodefiles> tag in: "
@@ -141,7 +139,7 @@ int NodeGroupParser::parse_fwd_node(xmlNode* fwd_element, Config& config,
                                               << "was not found for this run. No filtering done.\n";
     return 0;
   }
-  const std::string path = fwd_path_of(name, config);
+  const std::string path = written_path::group_framework(name, config.root);
   if (seen.count(path) != 0 || seen.count(name) != 0) {
     log::OutputLog().stream() << "ERROR: The framework definition " << name
                               << " has been declared multiple times in the node group file.\n"

@@ -2,17 +2,41 @@
 #include <iostream>
 #include <stdexcept>
 
+#include <qorn/detail/notes.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/node/nodelist.h>
 #include <qorn/preproc/options.h>
 #include <qorn/str.h>
 
+#include "option_table.h"
+
 namespace qorn::preproc {
 namespace {
 
 /// Value of --sort-asc and --sort-desc, which have no letter; their row tells them apart.
 constexpr int SORT = 1;
+
+struct LongOptionTable {
+  option rows[Options::LONG_OPTIONS] = {};  // the last one stays zero
+};
+
+constexpr LongOptionTable long_options() {
+  LongOptionTable table;
+  std::size_t count = 0;
+  for (const OptionRow& row : OPTION_TABLE) {
+    for (const char* name : row.names) {
+      if (name != nullptr) {
+        table.rows[count++] = {name, row.argument, nullptr, is_letter(row.key) ? row.key : SORT};
+      }
+    }
+  }
+  return table;
+}
+
+constexpr LongOptionTable LONG_OPTION_TABLE = long_options();
+static_assert(LONG_OPTION_TABLE.rows[Options::LONG_OPTIONS - 2].name != nullptr &&
+              LONG_OPTION_TABLE.rows[Options::LONG_OPTIONS - 1].name == nullptr);
 
 /// Makes getopt_long forget an earlier command line of the process, which may have ended in the
 /// middle of a word.
@@ -28,6 +52,33 @@ bool has_flag(const Config& config, std::uint64_t flag) {
   return (config.option_flags & flag) != 0;
 }
 
+/// An option as it was typed.
+std::string typed_name(int option, int row) {
+  return row >= 0 ? std::string("--") + Options::longopts[row].name
+                  : std::string("-") + static_cast<char>(option);
+}
+
+using Effect = RunNotes::Setting::Effect;
+
+void note_option(const char* setting, const std::string& value, Effect effect = Effect::SETS) {
+  detail::note_setting({setting, {}, {}, value, effect});
+}
+
+/// Sets a field that keeps the first value; false when it has one.
+bool set_first(const char* setting, const std::string& value, std::string& field) {
+  note_option(setting, value, field.empty() ? Effect::SETS : Effect::IGNORED);
+  if (!field.empty()) {
+    return false;
+  }
+  field = value;
+  return true;
+}
+
+void add_to(const char* setting, const std::string& value, std::vector<std::string>& list) {
+  note_option(setting, value, Effect::ADDS);
+  list.push_back(value);
+}
+
 /// Adds the age limit as a parameter; a bad number is reported and passed over.
 void add_data_age(const std::string& value, Config& config) {
   try {
@@ -39,6 +90,7 @@ void add_data_age(const std::string& value, Config& config) {
     param.name = "data-age-threshold";
     param.values.push_back(std::to_string(days));
     config.config_params.push_back(param);
+    note_option("config_params.data-age-threshold", value, Effect::ADDS);
   } catch (const std::exception&) {
     log::ErrorLog(log::level::ERROR).stream()
         << "Invalid value specified for threshold-too-old: " << value << ".";
@@ -56,45 +108,12 @@ bool is_valid_permutation_count(const std::string& value) {
 
 }  // namespace
 
-const option Options::longopts[LONG_OPTIONS] = {
-    {"all", no_argument, nullptr, 'a'},
-    {"re-collect-data", no_argument, nullptr, 'C'},
-    {"config", required_argument, nullptr, 'c'},
-    {"db", required_argument, nullptr, 'D'},
-    {"environment-propagation-off", no_argument, nullptr, 'e'},
-    {"machinefile", required_argument, nullptr, 'f'},
-    {"nodelist", required_argument, nullptr, 'f'},
-    {"nodefile", required_argument, nullptr, 'f'},
-    {"framework-definition", required_argument, nullptr, 'F'},
-    {"fwd", required_argument, nullptr, 'F'},
-    {"groupfile", required_argument, nullptr, 'g'},
-    {"grouplist", required_argument, nullptr, 'g'},
-    {"nodegroup", required_argument, nullptr, 'g'},
-    {"help", no_argument, nullptr, 'h'},
-    {"level", required_argument, nullptr, 'l'},
-    {"log-level", required_argument, nullptr, 'l'},
-    {"node-include", required_argument, nullptr, 'n'},
-    {"logfile", required_argument, nullptr, 'o'},
-    {"sort-asc", required_argument, nullptr, SORT},
-    {"sort-desc", required_argument, nullptr, SORT},
-    {"permutations", required_argument, nullptr, 'r'},
-    {"ignore-subclusters", no_argument, nullptr, 'S'},
-    {"threshold-too-old", required_argument, nullptr, 't'},
-    {"version", no_argument, nullptr, 'v'},
-    {"min-severity", required_argument, nullptr, 'x'},
-    {"FWD_description", required_argument, nullptr, 'X'},
-    {"fail-level", required_argument, nullptr, 'z'},
-    {nullptr, 0, nullptr, 0}};
+const option (&Options::longopts)[LONG_OPTIONS] = LONG_OPTION_TABLE.rows;
 
 Options::Options() {
-  for (const option& row : longopts) {
-    const char letter = static_cast<char>(row.val);
-    if (row.val <= SORT || short_options.find(letter) != std::string::npos) {
-      continue;
-    }
-    short_options.push_back(letter);
-    if (row.has_arg == required_argument) {
-      short_options.push_back(':');
+  for (const OptionRow& row : OPTION_TABLE) {
+    if (row.names[0] != nullptr && is_letter(row.key)) {
+      short_options.append(1, row.key).append(row.argument == required_argument ? ":" : "");
     }
   }
 }
@@ -102,8 +121,11 @@ Options::Options() {
 bool Options::parse_args(int argc, char** argv, Config& config) {
   reset_getopt(short_options, is_command ? 2 : 1);
   int index = 0;
-  for (int each = getopt_long(argc, argv, short_options.c_str(), longopts, &index); each != -1;
-       each = getopt_long(argc, argv, short_options.c_str(), longopts, &index)) {
+  int row = -1;  // of a long option; getopt_long leaves it alone for a letter
+  for (int each = 0; (each = getopt_long(argc, argv, short_options.c_str(), longopts, &row)) != -1;
+       row = -1) {
+    const detail::SettingSource source("command line " + typed_name(each, row));
+    index = row >= 0 ? row : index;
     // Escaped blanks survive the word expansion of paths.
     const std::string value = optarg == nullptr ? "" : str::replace(optarg, " ", "\\ ");
     if (!consume(each, config, index, value)) {
@@ -161,19 +183,18 @@ void Options::refuse_option(int option, const char* program, Config& config) {
 bool Options::parse_args_common(int option, Config& config, const std::string& value) {
   switch (option) {
     case 'c':
+      note_option("config_file", value);
       config.config_file = value;
       return true;
     case 'f':
-      if (config.node_file.empty()) {
-        config.node_file = value;
-      } else {
+      if (!set_first("node_file", value, config.node_file)) {
         print_handler.print_duplicate("-f/--nodefile", "nodefile");
       }
       return true;
     case 'F':
       if (!has_flag(config, option_flag::FWD_DESCRIPTION)) {
         config.option_flags |= option_flag::FWD_GIVEN;
-        config.fwds->names.push_back(value);
+        add_to("fwds.names", value, config.fwds->names);
       }
       return true;
     case 'l':
@@ -197,7 +218,8 @@ bool Options::parse_args_common(int option, Config& config, const std::string& v
 bool Options::parse_args_common_with_all(int option, Config& config, const std::string& value) {
   switch (option) {
     case 'D':
-      config.db_names.push_back(value);
+      note_option("datastores", value, Effect::ADDS);
+      add_to("db_names", value, config.db_names);
       return true;
     case 'h':
       config.option_flags |= option_flag::USAGE;
@@ -218,20 +240,23 @@ bool Options::parse_args_collect(int option, Config& config, const std::string& 
     case 'a':
       if (!has_flag(config, option_flag::FWD_DESCRIPTION)) {
         config.option_flags |= option_flag::FWD_GIVEN;
-        config.fwds->names.emplace_back("health_base");
+        add_to("fwds.names", "health_base", config.fwds->names);
         log::ErrorLog(log::level::ERROR).stream()
             << "-a/--all has been deprecated. Please use Framework Definitions instead.";
       }
       return true;
     case 'C':
+      note_option("re_collect", "true");
       config.re_collect = true;
       return true;
     case 'e':
+      note_option("env_propagation", "false");
       config.env_propagation = false;
       return true;
     case 'r':
       return setPermutations(value, config);
     case 'S':
+      note_option("ignore_subclusters", "true");
       config.ignore_subclusters = true;
       return true;
     default:
@@ -243,11 +268,12 @@ bool Options::parse_args_analyze(int option, Config& config, int index, const st
   switch (option) {
     case 'g':
       if (!config.node_group_file.empty()) {
+        note_option("node_group_file", value, Effect::IGNORED);
         print_handler.print_duplicate("-g/--groupfile", "set the group configuration file");
       } else {
         log::OutputLog().stream()
             << "-g/--groupfile is a beta feature currently in development.\n\n";
-        config.node_group_file = value;
+        set_first("node_group_file", value, config.node_group_file);
       }
       return true;
     case 'n':
@@ -256,12 +282,10 @@ bool Options::parse_args_analyze(int option, Config& config, int index, const st
             << "Invalid value specified for hostname: " << value;
         return false;
       }
-      config.node_include.push_back(value);
+      add_to("node_include", value, config.node_include);
       return true;
     case 'o':
-      if (config.log_file.empty()) {
-        config.log_file = value;
-      } else {
+      if (!set_first("log_file", value, config.log_file)) {
         print_handler.print_duplicate("-o/--logfile", "set the logfile");
       }
       return true;
@@ -272,8 +296,10 @@ bool Options::parse_args_analyze(int option, Config& config, int index, const st
       log::ErrorLog(log::level::ERROR).stream()
           << "'-x' has been deprecated. Instead use -z <informational|warning|critical>";
       config.min_severity = std::stoi(value);
+      note_option("min_severity", value);
       return true;
     case 'z':
+      note_option("min_severity", value);
       return setSeverity(value, config.min_severity);
     case SORT:
       return add_sort_option(index, config, value);
@@ -293,6 +319,7 @@ bool Options::add_sort_option(int index, Config& config, const std::string& valu
   }
   try {
     add_sort_field(config.sort_fields, direction == "sort-asc", value);
+    note_option("sort_fields", value, Effect::ADDS);
   } catch (const std::exception& error) {
     log::ErrorLog(log::level::ERROR).stream() << error.what() << ", exiting.";
     return false;
@@ -310,29 +337,28 @@ void Options::add_sort_field(std::vector<Sorting>& fields, bool ascending,
 }
 
 bool Options::setSeverity(const std::string& value, int& severity) {
-  const auto found = SEVERITIES.find(value);
-  if (found == SEVERITIES.end()) {
+  Severity found{};
+  if (!look_up(SEVERITIES, value, found)) {
     log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for severity: " << value;
     log::ErrorLog(log::level::ERROR).stream()
         << "Recognized values are (in increasing order of severity): informational, warning, and "
            "critical [default = warning].";
     return false;
   }
-  severity = found->second.lower_bound;
+  severity = found.lower_bound;
   return true;
 }
 
 bool Options::setLogLevel(const std::string& value, Config& config) {
-  const auto found = LOG_LEVELS.find(value);
-  if (found == LOG_LEVELS.end()) {
+  if (!look_up(LOG_LEVELS, value, log::LOG_LEVEL)) {
     log::ErrorLog(log::level::ERROR).stream() << "Invalid value specified for log-level: " << value;
     log::ErrorLog(log::level::ERROR).stream()
         << "Recognized values are (in increasing order of verbosity): alert, critical, error, "
            "warning, notice, info, debug [default = error].";
     return false;
   }
+  note_option("log_level", value);
   config.log_level = value;
-  log::LOG_LEVEL = found->second;
   if (value == "debug") {
     config.common_options.debug_log = true;
   }
@@ -347,6 +373,7 @@ bool Options::setPermutations(const std::string& value, Config& config) {
         << " the keyword 'all', or the number 0 to represent all.";
     return false;
   }
+  note_option("num_permutations", value);
   config.num_permutations =
       str::get_num_permutations_from_string(value, config.num_permutations, "the command line");
   log::ErrorLog(log::level::DEBUG).stream()

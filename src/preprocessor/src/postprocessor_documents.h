@@ -9,6 +9,7 @@
 /// Postprocessor documents are tried as tables first; what that says against one counts only when
 /// it turns out to be no report either.
 namespace qorn::preproc {
+#pragma GCC visibility push(hidden)
 
 /// See ConfigParser::parse_postproc_table_config; the faults are handed over.
 int read_postproc_tables(Config& config, const std::string& xsd, std::vector<xml::Fault>& faults);
@@ -23,4 +24,5 @@ int read_postproc_reports(Config& config, const std::string& xsd,
 void pass_over_reports(const Config& config, const std::string& xsd,
                        std::vector<xml::Fault>& faults);
 
+#pragma GCC visibility pop
 }  // namespace qorn::preproc

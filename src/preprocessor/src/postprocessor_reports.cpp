@@ -4,13 +4,13 @@
 #include <set>
 #include <utility>
 
+#include <qorn/detail/notes.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config_parser.h>
 #include <qorn/str.h>
 #include <qorn/xml.h>
 
 #include "postprocessor_documents.h"
-#include "run_notes.h"
 
 namespace qorn {
 namespace {
@@ -156,7 +156,7 @@ void pass_over_reports(const Config& config, const std::string& xsd,
     if (std::any_of(faults.begin(), faults.end(), is_about) &&
         xml::read_valid_document(path, xsd, ignored) != nullptr) {
       std::erase_if(faults, is_about);
-      note({RunNotes::PassedOver::Kind::REPORT, file, {}, {}, {}});
+      detail::note_passed_over({RunNotes::PassedOver::Kind::REPORT, file, {}, {}, {}, {}});
     }
   }
 }

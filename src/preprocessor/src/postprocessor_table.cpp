@@ -1,3 +1,4 @@
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/preproc/config_parser.h>
 #include <qorn/xml.h>
@@ -38,7 +39,8 @@ int ConfigParser::parse_postproc_table_config(Config& config, const std::string&
 
 int read_postproc_tables(Config& config, const std::string& xsd, std::vector<xml::Fault>& faults) {
   if (config.postproc_config_files.empty()) {
-    config.postproc_config_files.push_back(config.root + "/etc/postprocessor/table.xml");
+    config.postproc_config_files.push_back(installed_place(DocumentKind::TABLE, config.root) +
+                                           "table.xml");
   }
   int result = 1;
   for (const std::string& path : config.postproc_config_files) {

@@ -5,6 +5,8 @@
 #include <stdexcept>
 
 #include <qorn/datastore/datastore_parse_utility.h>
+#include <qorn/detail/notes.h>
+#include <qorn/document_kind.h>
 #include <qorn/log/error_log.h>
 #include <qorn/log/output_log.h>
 #include <qorn/node.h>
@@ -14,8 +16,52 @@
 namespace qorn::preproc {
 namespace {
 
-int fail(const char* words) {
-  log::ErrorLog(log::level::ERROR).stream() << words;
+/// One step of reading the documents. Line ends within the words give an empty line behind them,
+/// which scripts may rely on.
+struct Reader {
+  DocumentStep step;
+  int (*read)(Preprocessor& self, Config& config);
+  const char* words;  // when it fails; null: the step has said everything
+};
+
+constexpr Reader READERS[] = {
+    {DocumentStep::MAIN_DOCUMENT,
+     [](Preprocessor& self, Config& config) {
+       return self.config_parser.parse_configuration_xml(config);
+     },
+     "Could not parse configuration XML.\n"},
+    {DocumentStep::DEFAULT_FRAMEWORKS,
+     [](Preprocessor& self, Config& config) {
+       return self.config_parser.load_default_fwds(config);
+     },
+     nullptr},
+    {DocumentStep::TYPE_MAP,
+     [](Preprocessor& self, Config& config) {
+       return self.config_parser.parse_type_map(
+           config, installed_place(DocumentKind::TYPE_MAP, config.root),
+           schema_path(DocumentKind::TYPE_MAP, config.root));
+     },
+     "Could not parse CLIPS type map.\n"},
+    {DocumentStep::FRAMEWORKS,
+     [](Preprocessor& self, Config& config) { return self.fwd_parser.load_fwds(config, true); },
+     "Could not load framework definitions.\n"},
+    {DocumentStep::MESSAGE_SCHEMAS,
+     [](Preprocessor& self, Config& config) {
+       return self.config_parser.parse_tag_message_schema(
+           config, schema_path(DocumentKind::MESSAGE_SCHEMA, config.root));
+     },
+     "Could not load message category mapping files"},
+    {DocumentStep::PROVIDERS,
+     [](Preprocessor& self, Config& config) { return self.build_provider_list(config) ? 0 : 1; },
+     "No providers found.\n"}};
+
+/// Says what a failed step means for the run; the status that it ends with.
+int fail(DocumentStep step) {
+  for (const Reader& reader : READERS) {
+    if (reader.step == step && reader.words != nullptr) {
+      log::ErrorLog(log::level::ERROR).stream() << reader.words;
+    }
+  }
   return 1;
 }
 
@@ -45,7 +91,7 @@ int Preprocessor::Run(Config& config, int argc, char** argv) {
   return status;
 }
 
-int Preprocessor::run_pipeline(Config& config, int argc, char** argv) {
+int Preprocessor::take_command_line(Config& config, int argc, char** argv) {
   set_defaults_in_config(config);
   update_paths(config);
   if (!config.common_options.skip_command_processing) {
@@ -54,13 +100,24 @@ int Preprocessor::run_pipeline(Config& config, int argc, char** argv) {
       return status;
     }
   }
-  log::OutputLog().stream() << util::EngineHelper::format_header() << "\n";
   set_config_xsd(config);
   set_env_prop_on_off(config);
+  return 0;
+}
+
+int Preprocessor::run_pipeline(Config& config, int argc, char** argv) {
+  const int status = take_command_line(config, argc, argv);
+  if (status != 0) {
+    return status;
+  }
+  log::OutputLog().stream() << util::EngineHelper::format_header() << "\n";
   if (!CheckConfiguration(config)) {
     return 1;
   }
-  if (read_documents(config) == 1 || open_datastores(config) == 1) {
+  if (const auto failed = read_documents(config)) {
+    return fail(*failed);
+  }
+  if (open_datastores(config) == 1) {
     return 1;
   }
   if (config.common_options.parse_node_groups && node_group_parser.parse_group_file(config) == 1) {
@@ -74,28 +131,16 @@ int Preprocessor::run_pipeline(Config& config, int argc, char** argv) {
   return 0;
 }
 
-// Line ends within the words give an empty line behind them, which scripts may rely on.
-int Preprocessor::read_documents(Config& config) {
-  if (config_parser.parse_configuration_xml(config) == 1) {
-    return fail("Could not parse configuration XML.\n");
+std::optional<DocumentStep> Preprocessor::read_documents(Config& config, DocumentStep last) {
+  for (const Reader& reader : READERS) {
+    if (reader.step > last) {
+      break;
+    }
+    if (reader.read(*this, config) == 1) {
+      return reader.step;
+    }
   }
-  if (config_parser.load_default_fwds(config) == 1) {
-    return 1;
-  }
-  if (config_parser.parse_type_map(config, config.root + "/etc/CLIPS_type_map.xml",
-                                   config.root + "/etc/type_map.xsd") == 1) {
-    return fail("Could not parse CLIPS type map.\n");
-  }
-  if (fwd_parser.load_fwds(config, true) == 1) {
-    return fail("Could not load framework definitions.\n");
-  }
-  if (config_parser.parse_tag_message_schema(config, config.root + "/etc/schema_map.xsd") == 1) {
-    return fail("Could not load message category mapping files");
-  }
-  if (!build_provider_list(config)) {
-    return fail("No providers found.\n");
-  }
-  return 0;
+  return std::nullopt;
 }
 
 int Preprocessor::open_datastores(Config& config) {
@@ -118,7 +163,7 @@ void Preprocessor::set_defaults_in_config(Config& config) {
   if (config.root.empty()) {
     config.root = node::get_default_path();
   }
-  config.config_file = config.root + "/etc/qorn.xml";
+  config.config_file = installed_place(DocumentKind::MAIN, config.root);
 }
 
 void Preprocessor::update_paths(Config& config) {
@@ -131,13 +176,18 @@ void Preprocessor::update_paths(Config& config) {
 
 void Preprocessor::set_config_xsd(Config& config) {
   const char* xsd = std::getenv("QORN_CONFIG_XSD");
-  config.config_xsd = xsd != nullptr ? xsd : config.root + "/etc/qorn.xsd";
+  if (xsd != nullptr) {
+    detail::note_setting({"config_xsd", "environment QORN_CONFIG_XSD", {}, xsd});
+  }
+  config.config_xsd = xsd != nullptr ? xsd : schema_path(DocumentKind::MAIN, config.root);
 }
 
 void Preprocessor::set_env_prop_on_off(Config& config) {
   const char* turned_off = std::getenv("QORN_TURN_OFF_ENV_PROPAGATION");
   if (turned_off != nullptr && std::strcmp(turned_off, "true") == 0) {
     config.env_propagation = false;
+    detail::note_setting(
+        {"env_propagation", "environment QORN_TURN_OFF_ENV_PROPAGATION", {}, turned_off});
   }
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <string_view>
 
@@ -7,6 +8,8 @@
 #include <qorn/preproc/print_handler.h>
 #include <qorn/str.h>
 #include <qorn/util/engine_helper.h>
+
+#include "option_table.h"
 
 namespace qorn::preproc {
 namespace {
@@ -20,9 +23,31 @@ void print(const std::string& text) {
   log::OutputLog().stream() << str::printable(text, LAYOUT);
 }
 
-/// The sort options have keys in the map but no letters on the command line.
+std::map<const char, PrintHandler::opt_details> usage_texts() {
+  std::map<const char, PrintHandler::opt_details> texts;
+  for (const OptionRow& row : OPTION_TABLE) {
+    if (row.usage != nullptr) {
+      texts.insert({row.key, {row.usage, row.description}});
+    }
+  }
+  return texts;
+}
+
+/// The keys of the options of some stages, in the order of flag_map.
+std::string usage_letters(CommonHelpers::OPERATION_TYPE stages) {
+  std::string letters;
+  for (const OptionRow& row : OPTION_TABLE) {
+    if (row.usage != nullptr && (row.stages & stages) != 0) {
+      letters.push_back(row.key);
+    }
+  }
+  std::sort(letters.begin(), letters.end());
+  return letters;
+}
+
+/// What stands for an option's letter in a line of the usage text.
 char letter_of(char key) {
-  return key == '1' || key == '2' ? ' ' : key;
+  return is_letter(key) ? key : ' ';
 }
 
 std::string_view head_line(CommonHelpers::OPERATION_TYPE type) {
@@ -38,47 +63,7 @@ std::string_view head_line(CommonHelpers::OPERATION_TYPE type) {
 
 }  // namespace
 
-const std::map<const char, PrintHandler::opt_details> PrintHandler::flag_map = {
-    {'1', {"--sort-asc <field>", "ascending sort of <field> [id | node | severity]"}},
-    {'2', {"--sort-desc <field>", "descending sort of <field> [id | node | severity]"}},
-    {'A', {"--async", "Stores output locally for asynchronous accumulation by VELK"}},
-    {'C', {"--re-collect-data", "deprecated, collect full data for a run"}},
-    {'c',
-     {"--config <filename>",
-      "full path to configuration file, defaults to $QORN_ROOT/etc/qorn.xml"}},
-    {'D', {"--db <filename>", "use specific <filename> for database file (multiple allowed)"}},
-    {'e',
-     {"--environment-propagation-off",
-      "Turns off environment variable propagation for select collector extensions"}},
-    {'f',
-     {"--nodefile <filename>", "<filename> contains line-separated list of compute node names"}},
-    {'F',
-     {"--fwd <fwd>", "specific framework definition (FWD) to collect/analyze (multiple allowed)"}},
-    {'g',
-     {"--groupfile <filename>",
-      "<filename> is xml file detailing specific nodegroups for qorn-analyze"}},
-    {'h', {"--help", "this message"}},
-    {'l',
-     {"--log-level <value>",
-      "output verbosity, <value> = [alert | critical | error | warning | notice | info | debug]"}},
-    {'n',
-     {"--node-include <node>",
-      "Filters for only the specified <node> issues in the analyzer output (multiple allowed)"}},
-    {'o', {"--logfile <filename>", "<filename> to write output to, default is qorn_results.log"}},
-    {'r',
-     {"--permutations <#>",
-      "<#> number of compute node pair permutations for data collection (default = 1)"}},
-    {'S', {"--ignore-subclusters", "Ignores the subcluster keyword in nodefile <filename>"}},
-    {'t',
-     {"--threshold-too-old <#>",
-      "<#> number of days for analysis to use for comparison (default = 7)"}},
-    {'v', {"--version", "returns the version information"}},
-    {'X',
-     {"--FWD_description list | <fwd>",
-      "list the available FWDs, or details of a specific <fwd> framework definition"}},
-    {'z',
-     {"--fail-level <severity>",
-      "lowest level of failures, <severity> = [informational | warning | critical]"}}};
+const std::map<const char, PrintHandler::opt_details> PrintHandler::flag_map = usage_texts();
 
 const std::map<std::string, std::string> PrintHandler::keyword_map = {
     {"field", "values to use are [id | node | severity]"},
@@ -89,11 +74,10 @@ const std::map<std::string, std::string> PrintHandler::keyword_map = {
     {"#", "integer value"},
     {"severity", "values to use are [informational | warning | critical]"}};
 
-// In the key order of flag_map. The asynchronous storage of 'A' belongs to the collect engine.
 PrintHandler::PrintHandler()
-    : collect_letters_("ACDFSXcefhlrv"),
-      analyze_letters_("12DFXcfghlnotvz"),
-      combined_letters_("12ACDFSXcefghlnortvz") {
+    : collect_letters_(usage_letters(COLLECT)),
+      analyze_letters_(usage_letters(ANALYZE)),
+      combined_letters_(usage_letters(BOTH)) {
 }
 
 const std::string& PrintHandler::letters_of(CommonHelpers::OPERATION_TYPE type) const {

@@ -103,24 +103,12 @@ class ProviderReader {
     if (element == nullptr) {
       return;
     }
-    const std::string& text = element->text;
-    if (text == "x86_64" || text == "X86_64" || text == "qorn64") {
-      provider_.architecture = Architecture::X86_64;
-    } else if (text == "any" || text == "ANY") {
-      provider_.architecture = Architecture::ANY;
-    } else {
+    if (!look_up(ARCHITECTURES, element->text, provider_.architecture)) {
       warn("Unknown architecture element in '" + file_ +
            "'. Using the default instead (Will run on " + "all architectures)");
     }
     const std::string* cluster = attribute_of(*element, "cluster");
-    if (cluster == nullptr) {
-      return;
-    }
-    if (*cluster == "uniform" || *cluster == "UNIFORM") {
-      provider_.cluster = ClusterType::UNIFORM;
-    } else if (*cluster == "any" || *cluster == "ANY") {
-      provider_.cluster = ClusterType::ANY;
-    } else {
+    if (cluster != nullptr && !look_up(CLUSTER_TYPES, *cluster, provider_.cluster)) {
       // The closing bracket is missing from the text that engines and scripts know.
       warn("Unknown cluster attribute in '" + file_ + "'. Using the default instead (will use a " +
            "cluster of nodes with any architecture");
@@ -139,14 +127,8 @@ class ProviderReader {
   void read_encoding() {
     const Element* element =
         first_of("encoding", "Multiple encoding elements found in", ". Using the first one.");
-    if (element == nullptr) {
-      return;
-    }
-    const auto found = ENCODINGS.find(element->text);
-    if (found == ENCODINGS.end()) {
+    if (element != nullptr && !look_up(ENCODINGS, element->text, provider_.encoding)) {
       warn("Unknown encoding element in '" + file_ + "'. Using the default instead.");
-    } else {
-      provider_.encoding = found->second;
     }
   }
 
@@ -209,15 +191,9 @@ class ProviderReader {
     }
     read_number("timeout", *element, provider_.timeout);
     const std::string* scale = attribute_of(*element, "scale");
-    if (scale == nullptr) {
-      return;
-    }
-    const auto found = SCALE_TYPES.find(*scale);
-    if (found == SCALE_TYPES.end()) {
+    if (scale != nullptr && !look_up(SCALE_TYPES, *scale, provider_.timeout_scale)) {
       warn("Timeout scaling option '" + *scale + "' did not match known options, " +
            "using default scaling value");
-    } else {
-      provider_.timeout_scale = found->second;
     }
   }
 
@@ -238,12 +214,9 @@ class ProviderReader {
   }
 
   void read_method(const std::string& word) {
-    const auto found = NODELIST_METHODS.find(word);
-    if (found == NODELIST_METHODS.end()) {
+    if (!look_up(NODELIST_METHODS, word, provider_.nodelist_method)) {
       warn("Invalid value for method attribute in '" + file_ +
            "'. Valid values are: " + "none, rotate_right, rotate_left, round_robin, random");
-    } else {
-      provider_.nodelist_method = found->second;
     }
     log::ErrorLog(log::level::DEBUG).stream()
         << "Using nodelist method: " << static_cast<int>(provider_.nodelist_method);

@@ -11,6 +11,7 @@
 #include <qorn/xml/document.h>
 
 namespace qorn::preproc {
+#pragma GCC visibility push(hidden)
 
 /// What a provider document says, before any of it is judged.
 struct ProviderDocument {
@@ -50,4 +51,5 @@ class ProviderDocuments {
 int read_provider_config(provider_config& provider, const std::string& file, const Config& config,
                          const std::string& aux_path, ProviderDocuments& documents);
 
+#pragma GCC visibility pop
 }  // namespace qorn::preproc

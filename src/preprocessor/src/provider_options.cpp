@@ -162,12 +162,8 @@ void extract_timeout_and_scale(Variables& variables, long& timeout, ScaleType& s
   }
   timeout = std::stol(limit->second);
   const auto word = variables.find("scale");
-  if (word == variables.end()) {
-    return;
-  }
-  const auto found = SCALE_TYPES.find(word->second);
-  if (found != SCALE_TYPES.end()) {
-    scale = found->second;
+  if (word != variables.end()) {
+    look_up(SCALE_TYPES, word->second, scale);
   }
 }
 

@@ -8,9 +8,13 @@
 
 #include <qorn/str.h>
 
+#include "clips_file.h"
 #include "ecma_pattern.h"
 
 namespace qorn::preproc::clips_parser {
+
+using Step = RuleFile::Step;
+
 namespace {
 
 constexpr std::string_view DEFRULE = "defrule";
@@ -114,32 +118,33 @@ RuleScan::RuleScan(const std::string& path, const std::string& kb_dir, std::stri
   rule_.file = star == std::string::npos ? path_ : path_.substr(star + 1);
 }
 
-bool RuleScan::advance(Outcome& outcome) {
-  const std::size_t known = outcome.steps.size();
-  std::string_view line;
-  while (lines_.next(line)) {
-    ++line_number_;
-    if (!is_comment(line)) {
-      scan_line(line, outcome);
+bool RuleScan::advance(RuleFile& file) {
+  const std::size_t known = file.steps.size();
+  while (lines_.next()) {
+    if (!is_comment(lines_.line())) {
+      scan_line(lines_.line(), file);
     }
-    if (outcome.steps.size() > known) {
+    if (file.steps.size() > known) {
       return true;
     }
   }
-  outcome.rule = std::move(rule_);
-  outcome.rule.description = std::move(description_);
+  file.rule = std::move(rule_);
+  file.rule.description = std::move(description_);
   return false;
 }
 
-void RuleScan::scan_line(std::string_view line, Outcome& outcome) {
+void RuleScan::scan_line(std::string_view line, RuleFile& file) {
   const Openings openings = find_openings(line);
   if (openings.defrule) {
     take_name(line);
   }
   if (openings.id) {
-    take_ids(line, outcome);
+    take_ids(line, file);
   }
-  take_load(line, outcome);
+  if (auto load = find_load(line)) {
+    file.steps.push_back(
+        {Step::Kind::LOAD, lines_.number(), kb_dir_ + "/" + load->name, {}, 0, load->is_starred});
+  }
   take_text(line);
 }
 
@@ -151,48 +156,31 @@ void RuleScan::take_name(std::string_view line) {
   }
 }
 
-void RuleScan::take_ids(std::string_view line, Outcome& outcome) {
+void RuleScan::take_ids(std::string_view line, RuleFile& file) {
   if (is_negated(line)) {
     return;
   }
   if (auto id = find_literal_id(line)) {
-    outcome.steps.push_back({Step::Kind::ID, std::move(*id), rule_.name});
+    file.steps.push_back({Step::Kind::ID, lines_.number(), std::move(*id), rule_.name});
   } else if (const auto variable = find_variable(line)) {
-    take_bound_ids(*variable, outcome);
+    take_bound_ids(*variable, file);
   }
 }
 
 // Every line up to the present one counts, for this variable as for those before. The pattern
 // stays the same, so what an earlier variable has found holds for this one too.
-void RuleScan::take_bound_ids(std::string_view variable, Outcome& outcome) {
-  const EcmaPattern& bind = bind_pattern(variable, path_, line_number_);
-  std::string_view line;
-  while (bind_lines_.position() < lines_.position() && bind_lines_.next(line)) {
-    if (is_comment(line)) {
+void RuleScan::take_bound_ids(std::string_view variable, RuleFile& file) {
+  const EcmaPattern& bind = bind_pattern(variable, path_, lines_.number());
+  while (bind_lines_.number() < lines_.number() && bind_lines_.next()) {
+    if (is_comment(bind_lines_.line())) {
       continue;
     }
-    if (auto id = find_bound_id(bind, line)) {
-      outcome.bound_ids.push_back(std::move(*id));
+    if (auto id = find_bound_id(bind, bind_lines_.line())) {
+      file.bound_ids.push_back(std::move(*id));
     }
   }
-  if (!outcome.bound_ids.empty()) {
-    outcome.steps.push_back({Step::Kind::VARIABLE_ID, {}, rule_.name, outcome.bound_ids.size()});
-  }
-}
-
-// Only "(batch* name)" leads to a file: without "* " part of the keyword stays in the name, and
-// double quotes stay too.
-void RuleScan::take_load(std::string_view line, Outcome& outcome) const {
-  if (!line.starts_with("(batch") && !line.starts_with("(load")) {
-    return;
-  }
-  const std::size_t star = line.find("* ");
-  const std::size_t start = (star == std::string_view::npos ? 0 : star) + 2;
-  const std::size_t end = line.find(')');
-  const std::string_view name = end != std::string_view::npos && end > start
-                                    ? line.substr(start, end - start)
-                                    : line.substr(start);
-  outcome.steps.push_back({Step::Kind::LOAD, kb_dir_ + "/" + str::stripws(name), {}});
+  file.steps.push_back({Step::Kind::VARIABLE_ID, lines_.number(), std::string(variable), rule_.name,
+                        file.bound_ids.size()});
 }
 
 void RuleScan::take_text(std::string_view line) {

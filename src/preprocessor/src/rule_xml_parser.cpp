@@ -1,5 +1,4 @@
 #include <exception>
-#include <map>
 #include <string_view>
 
 #include <qorn/log/error_log.h>
@@ -28,6 +27,13 @@ bool parse_slot(const xmlNode* node, Element& element) {
     return false;
   }
   return true;
+}
+
+/// Whether an element of that name is a control statement, such as or_statement, and of which type.
+bool is_statement(std::string_view name, CONTROL_TYPE& type) {
+  constexpr std::string_view BEHIND = "_statement";
+  return name.ends_with(BEHIND) &&
+         look_up(CONTROL_TYPES, name.substr(0, name.size() - BEHIND.size()), type);
 }
 
 bool has_valid_operands(const CONTROL_TYPE& type, std::size_t operands) {
@@ -115,8 +121,9 @@ bool parseRuleAttrs(xmlNode*& rule, Element& element) {
   block.nodes.insert(nodes.begin(), nodes.end());
   text.clear();
   xml::get_attr(rule, "severity", text);
-  const auto severity = SEVERITIES.find(text);
-  block.severity = severity == SEVERITIES.end() ? 0 : severity->second.identifier;
+  Severity severity{};
+  look_up(SEVERITIES, text, severity);
+  block.severity = severity.identifier;  // 0 for an unknown word
   text.clear();
   xml::get_attr(rule, "list", text);
   block.list = text == "1" || text == "true";
@@ -125,14 +132,10 @@ bool parseRuleAttrs(xmlNode*& rule, Element& element) {
 
 // The parser bounds the depth of a document, and with it the recursion of statements.
 bool parseBlock(std::vector<Element>& out, xmlNode* const& parent) {
-  static const std::map<std::string_view, CONTROL_TYPE> STATEMENTS = {
-      {"or_statement", CONTROL_TYPE::OR},
-      {"and_statement", CONTROL_TYPE::AND},
-      {"not_statement", CONTROL_TYPE::NOT}};
   for (xmlNode* child : xml::Elements(parent)) {
-    const auto statement = STATEMENTS.find(xml::name_of(child));
-    if (statement != STATEMENTS.end()) {
-      if (!parseControlStatement(statement->second, out, child)) {
+    auto type = CONTROL_TYPE::NONE;
+    if (is_statement(xml::name_of(child), type)) {
+      if (!parseControlStatement(type, out, child)) {
         return false;
       }
     } else if (xml::name_of(child) == "slot") {

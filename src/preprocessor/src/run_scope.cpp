@@ -1,47 +1,28 @@
-#include <utility>
-
-#include <qorn/preproc/clips_parser.h>
+#include <qorn/detail/notes.h>
+#include <qorn/detail/tree_budget.h>
 #include <qorn/preproc/run_scope.h>
-#include <qorn/tree_budget.h>
 #include <qorn/xml/document.h>
 
-#include "run_notes.h"
+#include "rule_chain.h"
 
 namespace qorn::preproc {
 
-struct RunScope::State {
+struct __attribute__((visibility("hidden"))) RunScope::State {
+  explicit State(std::size_t most_notes) : notes(most_notes) {}
+
   xml::RunScope documents;
-  clips_parser::RunScope rule_files;
-  RunNotes notes;
-  RunNotes* outer = nullptr;
+  clips_parser::RuleFileScope rule_files;
+  detail::TreeBudget trees;
+  detail::NoteScope notes;
 };
 
-namespace {
-RunNotes* innermost = nullptr;
-}  // namespace
-
-RunScope::RunScope() : state_(std::make_unique<State>()) {
-  internal::start_tree_budget();
-  state_->outer = std::exchange(innermost, &state_->notes);
+RunScope::RunScope(std::size_t most_notes) : state_(std::make_unique<State>(most_notes)) {
 }
 
-RunScope::~RunScope() {
-  innermost = state_->outer;
-}
+RunScope::~RunScope() = default;
 
 const RunNotes& RunScope::notes() const {
-  return state_->notes;
-}
-
-void note(RunNotes::PassedOver passed_over) {
-  if (innermost == nullptr) {
-    return;
-  }
-  if (innermost->passed_over.size() == RunNotes::MOST_NOTES) {
-    ++innermost->more_passed_over;
-  } else {
-    innermost->passed_over.push_back(std::move(passed_over));
-  }
+  return state_->notes.notes();
 }
 
 }  // namespace qorn::preproc

@@ -3,43 +3,46 @@
 #include <cstddef>
 #include <cstdlib>
 #include <iterator>
+#include <optional>
 #include <unordered_set>
 
 #include <qorn/log/error_log.h>
 #include <qorn/node.h>
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 
 #include "node_input.h"
 
 namespace qorn::node {
 namespace {
 
+/// Why something can't be used; nothing when it can.
+using Reason = std::optional<std::string>;
+
 /// Hosts in the order in which they came first.
 class Hosts {
  public:
-  /// Adds a host that isn't there yet. Returns false, with the reason, when it can't be one.
-  bool add(std::string_view name, std::string& reason) {
+  /// Adds a host that isn't there yet. Gives the reason when it can't be one.
+  Reason add(std::string_view name) {
     if (!Nodelist::hostname_valid(name)) {
-      reason = bad_host_name(name);
-      return false;
+      return bad_host_name(name);
     }
-    if (!names.emplace(name).second) {
-      return true;
+    if (!names_.emplace(name).second) {
+      return {};
     }
-    if (names.size() > MOST_HOSTS) {
-      reason = too_many_hosts();
-      return false;
+    if (names_.size() > MOST_HOSTS) {
+      return too_many_hosts();
     }
     Node& node = nodes.emplace_back();
     node.hostname = name;
-    node.roles.emplace_back("compute");
-    return true;
+    node.roles.emplace_back(DEFAULT_ROLE);
+    return {};
   }
 
   std::vector<Node> nodes;
 
  private:
-  std::unordered_set<std::string> names;
+  std::unordered_set<std::string> names_;
 };
 
 /// Cuts the next word off `text`; empty at its end.
@@ -52,48 +55,46 @@ std::string_view next_word(std::string_view& text) {
   return word;
 }
 
-bool take_folded(const std::string& value, Hosts& hosts, std::string& reason) {
-  std::size_t count = 0;
-  if (!count_hosts(value, count, reason)) {
-    return false;
+Reason take_folded(const std::string& value, Hosts& hosts) {
+  HostCount count = count_hosts(value);
+  if (!count.reason.empty()) {
+    return std::move(count.reason);
   }
-  for_each_host(value, [&](std::string_view name) { hosts.add(name, reason); });
-  return true;
+  for_each_host(value, [&](std::string_view name) { hosts.add(name); });
+  return {};
 }
 
-bool take_words(const std::string& value, Hosts& hosts, std::string& reason) {
+Reason take_words(const std::string& value, Hosts& hosts) {
   std::string_view rest = value;
   for (std::string_view word = next_word(rest); !word.empty(); word = next_word(rest)) {
-    if (!hosts.add(word, reason)) {
-      return false;
+    if (Reason reason = hosts.add(word)) {
+      return reason;
     }
   }
-  return true;
+  return {};
 }
 
 /// The first word of each line of a file; what follows it is the resource manager's own.
-bool take_file(const std::string& path, Hosts& hosts, std::string& reason) {
-  std::string content;
-  if (!read_input(path, content, reason)) {
-    reason.insert(0, str::printable(path) + ": ");
-    return false;
+Reason take_file(const std::string& path, Hosts& hosts) {
+  const fs::FileText file = fs::read_file(path, NODE_INPUT);
+  if (!file.was_read()) {
+    return str::printable(path) + ": " + file.reason;
   }
-  std::string_view lines = content;
-  for (std::size_t number = 1; !lines.empty(); ++number) {
-    std::string_view line = next_line(lines);
+  for (str::Lines lines(file.text); lines.next();) {
+    std::string_view line = lines.line();
     const std::string_view word = next_word(line);
-    if (!word.empty() && !hosts.add(word, reason)) {
-      reason.insert(0, str::printable(path) + ":" + std::to_string(number) + ": ");
-      return false;
+    const Reason reason = word.empty() ? Reason() : hosts.add(word);
+    if (reason) {
+      return str::printable(path) + ":" + std::to_string(lines.number()) + ": " + *reason;
     }
   }
-  return true;
+  return {};
 }
 
 /// Where a resource manager says which hosts a job has.
 struct Source {
   const char* variable;
-  bool (*take)(const std::string& value, Hosts& hosts, std::string& reason);
+  Reason (*take)(const std::string& value, Hosts& hosts);
 };
 
 constexpr std::array<Source, 5> SOURCES = {{{"SLURM_JOB_NODELIST", take_folded},
@@ -116,9 +117,8 @@ void discoverNodes(std::vector<Node>& nodes) {
     return;
   }
   Hosts hosts;
-  std::string reason;
-  if (!source->take(value(*source), hosts, reason)) {
-    log::ErrorLog(log::level::WARNING).stream() << source->variable << ": " << reason;
+  if (const Reason reason = source->take(value(*source), hosts)) {
+    log::ErrorLog(log::level::WARNING).stream() << source->variable << ": " << *reason;
     return;
   }
   if (hosts.nodes.empty()) {

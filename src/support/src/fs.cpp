@@ -8,63 +8,47 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <qorn/detail/notes.h>
 #include <qorn/fs.h>
 
 namespace qorn::fs {
 namespace {
 
-class FileDescriptor {
- public:
-  explicit FileDescriptor(int fd) : fd_(fd) {}
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-  ~FileDescriptor() {
-    if (fd_ >= 0) {
-      close(fd_);
-    }
-  }
-  int get() const { return fd_; }
+/// Parsers add some bytes of their own behind a document.
+constexpr std::size_t ROOM = 512;
 
- private:
-  int fd_;
-};
-
-/// Why a file of that status isn't read; empty when it may be.
-std::string refusal(const struct stat& status, std::size_t most) {
-  if (S_ISDIR(status.st_mode)) {
+/// Why what has that mode isn't read; empty when it may be.
+std::string refusal(mode_t mode, Readable::Kinds kinds) {
+  if (S_ISDIR(mode)) {
     return std::strerror(EISDIR);
   }
-  if (!S_ISREG(status.st_mode)) {
-    return "not a regular file";
-  }
-  if (static_cast<std::size_t>(status.st_size) > most) {
-    return "the file is larger than " + std::to_string(most / 1'000'000) + " MB";
-  }
-  return {};
+  return S_ISREG(mode) || kinds == Readable::Kinds::ALL ? "" : "not a regular file";
 }
 
-/// Reads until the end, whatever size the file was said to have.
-bool read_all(int fd, std::size_t most, std::string& content) {
+ssize_t read_some(int descriptor, char* buffer, std::size_t size) {
+  ssize_t result = -1;
+  do {
+    result = read(descriptor, buffer, size);
+  } while (result < 0 && errno == EINTR);
+  return result;
+}
+
+/// Reads to the end. `size` is what a file is said to have, which may grow; 0 for a pipe.
+FileText::State read_all(int descriptor, std::size_t size, std::size_t most, std::string& text) {
   std::size_t used = 0;
-  while (used <= most) {
-    if (used == content.size()) {
-      content.resize(used + std::max<std::size_t>(used / 2, 4096));
+  while (std::max(used, size) <= most) {
+    if (used == text.size()) {
+      text.resize(used == 0 ? size + ROOM : used + std::min(used, most - used) + 1);
     }
-    const ssize_t count = read(fd, content.data() + used, content.size() - used);
-    if (count < 0 && errno == EINTR) {
-      continue;
+    const ssize_t got = read_some(descriptor, text.data() + used, text.size() - used);
+    if (got <= 0) {
+      text.resize(used);
+      return got == 0 ? FileText::State::READ : FileText::State::NOT_READ;
     }
-    if (count < 0) {
-      return false;
-    }
-    if (count == 0) {
-      content.resize(used);
-      return true;
-    }
-    used += static_cast<std::size_t>(count);
+    used += static_cast<std::size_t>(got);
   }
-  errno = EFBIG;
-  return false;
+  text.clear();
+  return FileText::State::TOO_LARGE;
 }
 
 /// Whether an absolute path has nothing to remove, as most have.
@@ -104,27 +88,36 @@ std::vector<std::string> list_files(const std::string& directory) {
   return names;
 }
 
-bool read_regular_file(const std::string& path, std::size_t most, std::string& content,
-                       std::string& reason) {
+FileText read_file(const std::string& path, const Readable& what) {
   // Without O_NONBLOCK a pipe would be waited for before it can be refused.
-  const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+  const int waiting = what.kinds == Readable::Kinds::ALL ? 0 : O_NONBLOCK;
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | waiting));
+  if (file.get() >= 0) {
+    detail::note_opened(path);
+  }
+  return read_file(file, what);
+}
+
+FileText read_file(const Descriptor& file, const Readable& what) {
+  using State = FileText::State;
+  FileText result;
+  result.state = file.get() < 0 ? State::NOT_OPENED : State::NOT_READ;
   struct stat status {};
   if (file.get() < 0 || fstat(file.get(), &status) != 0) {
-    reason = std::strerror(errno);
-    return false;
+    result.reason = std::strerror(errno);
+    return result;
   }
-  reason = refusal(status, most);
-  if (!reason.empty()) {
-    return false;
+  result.id = {status.st_dev, status.st_ino};
+  result.reason = refusal(status.st_mode, what.kinds);
+  if (!result.reason.empty()) {
+    return result;
   }
-  // Parsers add some bytes of their own behind a document.
-  constexpr std::size_t ROOM = 512;
-  content.assign(static_cast<std::size_t>(status.st_size) + ROOM, '\0');
-  if (!read_all(file.get(), most, content)) {
-    reason = std::strerror(errno);
-    return false;
+  const auto size = static_cast<std::size_t>(S_ISREG(status.st_mode) ? status.st_size : 0);
+  result.state = read_all(file.get(), size, what.most_bytes, result.text);
+  if (result.state != State::READ) {
+    result.reason = result.state == State::TOO_LARGE ? what.too_large : std::strerror(errno);
   }
-  return true;
+  return result;
 }
 
 }  // namespace qorn::fs

@@ -50,6 +50,14 @@ struct Pattern {
   std::vector<Part> parts;
   std::string_view tail;
   std::size_t count = 0;  // of the names that come out
+  std::string reason;     // why it is refused; empty when it isn't
+};
+
+/// The numbers of a bracket.
+struct Bracket {
+  std::vector<Range> ranges;
+  std::size_t count = 0;
+  std::string reason;  // why it is refused; empty when it isn't
 };
 
 /// The pieces between commas that stand outside of brackets.
@@ -69,7 +77,8 @@ struct Pieces {
   }
 };
 
-bool parse_range(std::string_view text, Range& range, std::string& reason) {
+/// Adds a number or a range to `bracket`, which may have `most` numbers.
+void add_range(std::string_view text, std::size_t most, Bracket& bracket) {
   const std::size_t dash = std::min(text.find('-'), text.size());
   const std::string_view first = text.substr(0, dash);
   const std::string_view last = dash < text.size() ? text.substr(dash + 1) : first;
@@ -77,41 +86,36 @@ bool parse_range(std::string_view text, Range& range, std::string& reason) {
     return !digits.empty() && std::all_of(digits.begin(), digits.end(), is_digit);
   };
   if (!is_number(first) || !is_number(last)) {
-    reason = "expected a number or a range such as 01-16, found " + quoted(text);
-    return false;
+    bracket.reason = "expected a number or a range such as 01-16, found " + quoted(text);
+    return;
   }
   if (std::max(first.size(), last.size()) > MOST_DIGITS) {
-    reason = "expected numbers of at most 18 digits, found " + quoted(text);
-    return false;
+    bracket.reason = "expected numbers of at most 18 digits, found " + quoted(text);
+    return;
   }
-  range = {number_value(first), number_value(last), first.size()};
+  const Range range{number_value(first), number_value(last), first.size()};
   if (range.first > range.last) {
-    reason = "expected the lower end of a range first, found " + quoted(text);
-    return false;
+    bracket.reason = "expected the lower end of a range first, found " + quoted(text);
+    return;
   }
-  return true;
+  const std::size_t numbers = range.last - range.first + 1;
+  if (numbers > most - bracket.count) {
+    bracket.reason = too_many_hosts();
+    return;
+  }
+  bracket.count += numbers;
+  bracket.ranges.push_back(range);
 }
 
-/// Reads what stands between brackets; `count` is that of the numbers, at most `most`.
-bool parse_bracket(std::string_view text, std::size_t most, std::vector<Range>& ranges,
-                   std::size_t& count, std::string& reason) {
-  count = 0;
-  for (std::size_t start = 0; start <= text.size();) {
+/// Reads what stands between brackets.
+Bracket parse_bracket(std::string_view text, std::size_t most) {
+  Bracket bracket;
+  for (std::size_t start = 0; bracket.reason.empty() && start <= text.size();) {
     const std::size_t end = std::min(text.find(',', start), text.size());
-    Range range{};
-    if (!parse_range(text.substr(start, end - start), range, reason)) {
-      return false;
-    }
-    const std::size_t numbers = range.last - range.first + 1;
-    if (numbers > most - count) {
-      reason = too_many_hosts();
-      return false;
-    }
-    count += numbers;
-    ranges.push_back(range);
+    add_range(text.substr(start, end - start), most, bracket);
     start = end + 1;
   }
-  return true;
+  return bracket;
 }
 
 /// Which number stands in a bracket changes nothing about a name's form but its length.
@@ -125,9 +129,9 @@ void append_longest(std::string& name, const std::vector<Range>& ranges) {
   append_number(name, largest, width);
 }
 
-bool parse_pattern(std::string_view piece, std::size_t most, Pattern& pattern,
-                   std::string& reason) {
-  pattern = {};
+/// Takes a name apart that may give `most` names.
+Pattern parse_pattern(std::string_view piece, std::size_t most) {
+  Pattern pattern;
   pattern.count = 1;
   std::string longest;  // of the names that come out
   std::string_view rest = piece;
@@ -136,29 +140,26 @@ bool parse_pattern(std::string_view piece, std::size_t most, Pattern& pattern,
        open = rest.find_first_of("[]")) {
     const std::size_t close = rest.find(']', open);
     if (close == open || close == std::string_view::npos) {
-      reason =
+      pattern.reason =
           close == open ? "expected '[' ahead of ']', found " : "expected ']' behind '[', found ";
-      reason += quoted(piece);
-      return false;
+      pattern.reason += quoted(piece);
+      return pattern;
     }
-    Part& part = pattern.parts.emplace_back();
-    part.text = rest.substr(0, open);
-    std::size_t numbers = 0;
-    if (!parse_bracket(rest.substr(open + 1, close - open - 1), most / pattern.count, part.ranges,
-                       numbers, reason)) {
-      reason += " in " + quoted(piece);
-      return false;
+    Bracket bracket = parse_bracket(rest.substr(open + 1, close - open - 1), most / pattern.count);
+    if (!bracket.reason.empty()) {
+      pattern.reason = bracket.reason + " in " + quoted(piece);
+      return pattern;
     }
-    pattern.count *= numbers;
-    append_longest(longest.append(part.text), part.ranges);
+    pattern.count *= bracket.count;
+    append_longest(longest.append(rest.substr(0, open)), bracket.ranges);
+    pattern.parts.push_back({rest.substr(0, open), std::move(bracket.ranges)});
     rest.remove_prefix(close + 1);
   }
   pattern.tail = rest;
   if (!Nodelist::hostname_valid(longest.append(rest.substr(0, LONGEST_NAME + 1)))) {
-    reason = bad_host_name(longest) + (pattern.parts.empty() ? "" : " in " + quoted(piece));
-    return false;
+    pattern.reason = bad_host_name(longest) + (pattern.parts.empty() ? "" : " in " + quoted(piece));
   }
-  return true;
+  return pattern;
 }
 
 /// Calls `take` with `name` and all that the rest of a pattern gives.
@@ -208,58 +209,57 @@ bool natural_less(std::string_view a, std::string_view b) {
 
 }  // namespace
 
-bool count_hosts(std::string_view hosts, std::size_t& count, std::string& reason) {
-  count = 0;
-  Pattern pattern;
+HostCount count_hosts(std::string_view hosts) {
+  std::size_t count = 0;
   Pieces pieces{hosts};
   for (std::string_view before = hosts; pieces.more;) {
     const std::string_view from_here = pieces.rest;
     const std::string_view piece = pieces.next();
     if (piece.empty()) {
-      reason =
-          "expected host names joined by single commas without blanks, found " + quoted(before);
-      return false;
+      return {
+          0, "expected host names joined by single commas without blanks, found " + quoted(before)};
     }
     before = from_here;
     if (Nodelist::hostname_valid(piece)) {
-      pattern.count = 1;
-    } else if (!parse_pattern(piece, MOST_HOSTS - count, pattern, reason)) {
-      return false;
+      ++count;
+    } else {
+      Pattern pattern = parse_pattern(piece, MOST_HOSTS - count);
+      if (!pattern.reason.empty()) {
+        return {0, std::move(pattern.reason)};
+      }
+      count += pattern.count;
     }
-    if (pattern.count > MOST_HOSTS - count) {
-      reason = too_many_hosts();
-      return false;
+    if (count > MOST_HOSTS) {
+      return {0, too_many_hosts()};
     }
-    count += pattern.count;
   }
-  return true;
+  return {count, {}};
 }
 
 void for_each_host(std::string_view hosts, const std::function<void(std::string_view)>& take) {
   if (hosts.find('[') == std::string_view::npos && hosts.find(',') == std::string_view::npos) {
     return take(hosts);
   }
-  Pattern pattern;
   std::string name;
-  std::string reason;
   for (Pieces pieces{hosts}; pieces.more;) {
     const std::string_view piece = pieces.next();
     if (piece.find('[') == std::string_view::npos) {
       take(piece);
-    } else if (parse_pattern(piece, MOST_HOSTS, pattern, reason)) {
+    } else if (const Pattern pattern = parse_pattern(piece, MOST_HOSTS); pattern.reason.empty()) {
       expand_parts(pattern.parts, pattern.tail, name, take);
     }
   }
 }
 
-std::vector<std::string> expand_hosts(std::string_view hosts, std::string& reason) {
-  std::vector<std::string> names;
-  std::size_t count = 0;
-  if (count_hosts(hosts, count, reason)) {
-    names.reserve(count);
-    for_each_host(hosts, [&](std::string_view name) { names.emplace_back(name); });
+HostNames expand_hosts(std::string_view hosts) {
+  HostNames result;
+  HostCount count = count_hosts(hosts);
+  result.reason = std::move(count.reason);
+  if (result.reason.empty()) {
+    result.names.reserve(count.hosts);
+    for_each_host(hosts, [&](std::string_view name) { result.names.emplace_back(name); });
   }
-  return names;
+  return result;
 }
 
 /// Moves the last number of `head`, and the text behind it, into `number` and `tail`; without a

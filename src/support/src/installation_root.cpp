@@ -4,6 +4,7 @@
 
 #include <dlfcn.h>
 
+#include <qorn/detail/notes.h>
 #include <qorn/fs.h>
 #include <qorn/node.h>
 
@@ -25,6 +26,7 @@ std::string directory_above_library() {
 std::string get_default_path() {
   const char* root = std::getenv("QORN_ROOT");
   if (root != nullptr && *root != '\0') {
+    detail::note_setting({"root", "environment QORN_ROOT", {}, root});
     return fs::abspath(root);
   }
   std::string above = directory_above_library();

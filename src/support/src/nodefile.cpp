@@ -8,6 +8,7 @@
 #include <qorn/log/error_log.h>
 #include <qorn/node.h>
 #include <qorn/str.h>
+#include <qorn/str/lines.h>
 
 #include "node_input.h"
 
@@ -20,16 +21,19 @@ constexpr std::string_view SUBCLUSTER = "subcluster";
 /// Words of lines, each counted once for each host: a file that multiplies them is refused.
 constexpr std::size_t MOST_WORD_BYTES = std::size_t{1} << 30U;
 
-/// The words behind a keyword and how many they are.
+/// The words behind a keyword.
 struct Words {
   std::string_view text;
   std::size_t count = 0;
+  std::string_view last;      // the text from the last word on, and what follows it
+  bool word_missing = false;  // beside a comma
 };
 
 /// What stands behind the hosts of a line.
 struct Keywords {
   Words roles;
   Words subcluster;
+  std::string reason;  // why it can't be used; empty when it can
 };
 
 std::string_view skip_blanks(std::string_view text) {
@@ -69,62 +73,69 @@ std::string quoted_next(std::string_view rest) {
 }
 
 /// Cuts the words behind a keyword off `rest`, up to the next keyword or the end of the line.
-bool read_words(std::string_view keyword, std::string_view& rest, Words& words,
-                std::string& reason) {
+Words cut_words(std::string_view& rest) {
   const std::string_view all = rest;
-  std::string_view last = rest;  // from the last word on, for the message
-  bool word_missing = false;     // behind a comma
+  Words words;
+  words.last = rest;
   std::string_view ahead = rest;
   for (std::string_view token = next_token(ahead); !token.empty(); token = next_token(ahead)) {
     if (token == ",") {
-      if (words.count == 0 || word_missing) {
-        word_missing = true;
+      const bool is_misplaced = words.count == 0 || words.word_missing;
+      words.word_missing = true;
+      if (is_misplaced) {
         break;
       }
-      word_missing = true;
     } else if (token == ":" || colon_follows(ahead)) {
       break;
     } else {
-      word_missing = false;
+      words.word_missing = false;
       ++words.count;
-      last = rest;
+      words.last = rest;
     }
     rest = ahead;
   }
   words.text = all.substr(0, all.size() - rest.size());
-  if (word_missing) {
-    reason = "expected a word on either side of each comma, found " + quoted(str::stripws(last));
-  } else if (words.count == 0) {
-    reason = "expected a word behind '" + std::string(keyword) + ":', found " + quoted_next(rest);
-  } else if (keyword == SUBCLUSTER && words.count > 1) {
-    reason = "expected one word behind 'subcluster:', found " + quoted(str::stripws(words.text));
-  } else {
-    return true;
+  return words;
+}
+
+/// Why the words can't stand behind that keyword; empty when they can.
+std::string refusal(const Words& words, std::string_view keyword, std::string_view rest) {
+  if (words.word_missing) {
+    return "expected a word on either side of each comma, found " +
+           quoted(str::stripws(words.last));
   }
-  return false;
+  if (words.count == 0) {
+    return "expected a word behind '" + std::string(keyword) + ":', found " + quoted_next(rest);
+  }
+  if (keyword == SUBCLUSTER && words.count > 1) {
+    return "expected one word behind 'subcluster:', found " + quoted(str::stripws(words.text));
+  }
+  return {};
 }
 
 /// Reads what stands behind the hosts: each keyword once, in either order.
-bool read_keywords(std::string_view rest, Keywords& keywords, std::string& reason) {
-  for (rest = skip_blanks(rest); !rest.empty(); rest = skip_blanks(rest)) {
+Keywords read_keywords(std::string_view rest) {
+  Keywords keywords;
+  for (rest = skip_blanks(rest); keywords.reason.empty() && !rest.empty();
+       rest = skip_blanks(rest)) {
     std::string_view ahead = rest;
     const std::string_view word = next_token(ahead);
     if (!is_keyword(word) || !colon_follows(ahead)) {
-      reason = "expected 'role:' or 'subcluster:' behind the hosts, found " + quoted_next(rest);
-      return false;
+      keywords.reason =
+          "expected 'role:' or 'subcluster:' behind the hosts, found " + quoted_next(rest);
+      return keywords;
     }
     next_token(ahead);
     rest = ahead;
     Words& words = word == ROLE ? keywords.roles : keywords.subcluster;
     if (words.count != 0) {
-      reason = "expected '" + std::string(word) + ":' once on a line, found it twice";
-      return false;
+      keywords.reason = "expected '" + std::string(word) + ":' once on a line, found it twice";
+      return keywords;
     }
-    if (!read_words(word, rest, words, reason)) {
-      return false;
-    }
+    words = cut_words(rest);
+    keywords.reason = refusal(words, word, rest);
   }
-  return true;
+  return keywords;
 }
 
 /// Gives the hosts of a line, empty on a blank one; `rest` is what stands behind them.
@@ -138,71 +149,60 @@ std::string_view cut_hosts(std::string_view line, std::string_view& rest) {
   return line.substr(0, end);
 }
 
+/// What a line asks for, or why it can't be used.
+struct Demand {
+  std::size_t hosts = 0;  // 0 for a blank line
+  std::size_t word_bytes = 0;
+  std::string reason;  // empty for a good line
+};
+
+Demand demand_of_words(std::string_view names, std::string_view rest) {
+  HostCount count = count_hosts(names);
+  if (!count.reason.empty()) {
+    return {0, 0, std::move(count.reason)};
+  }
+  Keywords keywords = read_keywords(rest);
+  const Words& roles = keywords.roles;
+  const std::size_t bytes =
+      roles.count * sizeof(std::string) + roles.text.size() + keywords.subcluster.text.size();
+  return {count.hosts, count.hosts * bytes, std::move(keywords.reason)};
+}
+
+Demand demand_of(std::string_view line) {
+  if (Nodelist::hostname_valid(line)) {  // as most lines of large files
+    return {1, 0, {}};
+  }
+  std::string_view rest;
+  const std::string_view names = cut_hosts(line, rest);
+  Demand demand = names.empty() ? Demand() : demand_of_words(names, rest);
+  if (!demand.reason.empty()) {
+    const std::string_view word = next_token(line);
+    if (is_keyword(word) && colon_follows(line)) {
+      demand.reason = "expected host names ahead of '" + std::string(word) + ":'";
+    }
+  }
+  return demand;
+}
+
 /// What the lines so far ask for.
 struct Totals {
   std::size_t hosts = 0;
   std::size_t word_bytes = 0;
   bool refused = false;  // the file was found too large: said once
-};
 
-bool add_to_totals(std::size_t hosts, const Keywords& keywords, Totals& totals,
-                   std::string& reason) {
-  totals.hosts += hosts;
-  totals.word_bytes += hosts * (keywords.roles.count * sizeof(std::string) +
-                                keywords.roles.text.size() + keywords.subcluster.text.size());
-  if (totals.refused) {
-    return true;
-  }
-  totals.refused = true;
-  if (totals.hosts > MOST_HOSTS) {
-    reason = too_many_hosts() + " with this line";
-    return false;
-  }
-  if (totals.word_bytes > MOST_WORD_BYTES) {
-    reason =
-        "expected at most 1 GiB of role and subcluster words for all hosts, found more with "
-        "this line";
-    return false;
-  }
-  totals.refused = false;
-  return true;
-}
-
-/// Reads one line; `hosts` is the number of its hosts, 0 for a blank line.
-bool read_line(std::string_view line, std::size_t& hosts, Keywords& keywords, std::string& reason) {
-  hosts = 1;
-  if (Nodelist::hostname_valid(line)) {  // as most lines of large files
-    return true;
-  }
-  std::string_view rest;
-  const std::string_view names = cut_hosts(line, rest);
-  std::string_view ahead = line;
-  if (const std::string_view word = next_token(ahead); is_keyword(word) && colon_follows(ahead)) {
-    reason = "expected host names ahead of '" + std::string(word) + ":'";
-    return false;
-  }
-  hosts = 0;
-  return names.empty() ||
-         (count_hosts(names, hosts, reason) && read_keywords(rest, keywords, reason));
-}
-
-/// Logs each faulty line; `hosts` is the number of hosts when there is none.
-bool check_lines(const std::string& name, std::string_view content, std::size_t& hosts) {
-  Totals totals;
-  bool good = true;
-  std::string reason;
-  for (std::size_t number = 1; !content.empty(); ++number) {
-    std::size_t count = 0;
-    Keywords keywords;
-    if (!read_line(next_line(content), count, keywords, reason) ||
-        !add_to_totals(count, keywords, totals, reason)) {
-      log::ErrorLog(log::level::ERROR).stream() << name << ':' << number << ": " << reason;
-      good = false;
+  /// Adds a good line, which is refused when the file is too large with it.
+  void add(Demand& line) {
+    hosts += line.hosts;
+    word_bytes += line.word_bytes;
+    if (refused || (hosts <= MOST_HOSTS && word_bytes <= MOST_WORD_BYTES)) {
+      return;
     }
+    refused = true;
+    line.reason = hosts > MOST_HOSTS ? too_many_hosts() + " with this line"
+                                     : "expected at most 1 GiB of role and subcluster words for "
+                                       "all hosts, found more with this line";
   }
-  hosts = totals.hosts;
-  return good;
-}
+};
 
 std::vector<std::string_view> split_words(const Words& words) {
   std::vector<std::string_view> result;
@@ -230,35 +230,26 @@ void reserve_at_once(std::vector<Node>& nodes, std::size_t count) {
   }
 }
 
-/// Makes the nodes of lines that were checked.
-std::vector<Node> make_nodes(std::string_view content, std::size_t count) {
+std::string_view without_mark(std::string_view text) {
+  return text.substr(text.starts_with(BYTE_ORDER_MARK) ? BYTE_ORDER_MARK.size() : 0);
+}
+
+std::vector<Node> make_nodes(const NodeLines& lines) {
   std::vector<Node> nodes;
-  reserve_at_once(nodes, count);
-  std::vector<std::string_view> roles;
-  std::string_view subcluster;
-  const std::function<void(std::string_view)> add = [&](std::string_view name) {
-    Node& node = nodes.emplace_back();
-    node.subcluster = subcluster;
-    node.hostname = name;
-    node.roles.assign(roles.begin(), roles.end());
-  };
-  std::string_view before;  // the keywords in force: neighbouring lines mostly say the same
-  std::string reason;
-  while (!content.empty()) {
-    std::string_view rest;
-    const std::string_view hosts = cut_hosts(next_line(content), rest);
-    if (rest != before) {
-      Keywords keywords;
-      read_keywords(rest, keywords, reason);
-      roles = split_words(keywords.roles);
-      subcluster = next_token(keywords.subcluster.text);
-      before = rest;
-    }
-    if (!hosts.empty()) {
-      for_each_host(hosts, add);
-    }
-  }
+  reserve_at_once(nodes, lines.hosts);
+  for_each_line(lines, [&](const NodeLine& line) {
+    for_each_host(line.hosts, [&](std::string_view name) {
+      Node& node = nodes.emplace_back();
+      node.subcluster = line.subcluster;
+      node.hostname = name;
+      node.roles.assign(line.roles.begin(), line.roles.end());
+    });
+  });
   return nodes;
+}
+
+bool is_role(const std::string& word) {
+  return std::find(NODE_ROLES.begin(), NODE_ROLES.end(), word) != NODE_ROLES.end();
 }
 
 std::map<std::string, int> number_roles() {
@@ -273,25 +264,66 @@ std::map<std::string, int> number_roles() {
 
 const std::map<std::string, int> role_str_map = number_roles();
 
+std::optional<NodeLines> read_lines(const std::string& path,
+                                    const std::function<void(const LineFault&)>& take_fault) {
+  fs::FileText file = fs::read_file(path, NODE_INPUT);
+  if (!file.was_read()) {
+    take_fault({0, file.reason});
+    return std::nullopt;
+  }
+  Totals totals;
+  bool good = true;
+  for (str::Lines lines(without_mark(file.text)); lines.next();) {
+    Demand demand = demand_of(lines.line());
+    if (demand.reason.empty()) {
+      totals.add(demand);
+    }
+    if (!demand.reason.empty()) {
+      take_fault({lines.number(), std::move(demand.reason)});
+      good = false;
+    }
+  }
+  return good ? std::optional(NodeLines{std::move(file.text), totals.hosts}) : std::nullopt;
+}
+
+void for_each_line(const NodeLines& lines, const std::function<void(const NodeLine&)>& take) {
+  NodeLine line;
+  std::string_view before;  // the keywords in force: neighbouring lines mostly say the same
+  for (str::Lines texts(without_mark(lines.text)); texts.next();) {
+    std::string_view rest;
+    line.number = texts.number();
+    line.hosts = cut_hosts(texts.line(), rest);
+    if (rest != before) {
+      Keywords keywords = read_keywords(rest);
+      line.roles = split_words(keywords.roles);
+      line.subcluster = next_token(keywords.subcluster.text);
+      before = rest;
+    }
+    if (!line.hosts.empty()) {
+      take(line);
+    }
+  }
+}
+
 bool read_nodefile(const std::string& file, Nodelist& list) {
   const std::string path = str::unescape_blanks(file);
-  const std::string name = str::printable(path);
-  std::string content;
-  std::string reason;
-  if (!read_input(path, content, reason)) {
-    log::ErrorLog(log::level::ERROR).stream() << name << ": " << reason;
+  const auto lines = read_lines(path, [&](const LineFault& fault) {
+    const std::string line = fault.line == 0 ? "" : ":" + std::to_string(fault.line);
+    log::ErrorLog(log::level::ERROR).stream()
+        << str::printable(path) << line << ": " << fault.reason;
+  });
+  if (!lines) {
     return false;
   }
-  std::string_view lines = content;
-  if (lines.starts_with(BYTE_ORDER_MARK)) {
-    lines.remove_prefix(BYTE_ORDER_MARK.size());
-  }
-  std::size_t hosts = 0;
-  if (!check_lines(name, lines, hosts)) {
-    return false;
-  }
-  list.nodes = make_nodes(lines, hosts);
+  list.nodes = make_nodes(*lines);
   return true;
+}
+
+void complete_roles(std::vector<std::string>& roles) {
+  std::sort(roles.begin(), roles.end());
+  if (std::none_of(roles.begin(), roles.end(), is_role)) {
+    roles.emplace_back(DEFAULT_ROLE);
+  }
 }
 
 }  // namespace qorn::node

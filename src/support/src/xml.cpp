@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <map>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include <libxml/parser.h>
 
@@ -118,6 +118,11 @@ bool get_attr(const xmlNode* node, const std::string& name, std::string& value) 
   return true;
 }
 
+std::optional<std::string> attribute_of(const xmlNode* node, const std::string& name) {
+  std::string value;
+  return get_attr(node, name, value) ? std::optional(std::move(value)) : std::nullopt;
+}
+
 bool get_attr_value(const xmlAttr* attribute, std::string& value) {
   const TextPtr text(xmlNodeListGetString(attribute->doc, attribute->children, 1));
   const xmlNode* first = attribute->children;
@@ -129,19 +134,12 @@ bool get_attr_value(const xmlAttr* attribute, std::string& value) {
 }
 
 templates::DataPt_TYPES get_mapped_type(const std::string& entry, const std::string& word) {
-  using templates::DataPt_TYPES;
-  static const std::map<std::string, DataPt_TYPES> TYPES = {
-      {"LONG", DataPt_TYPES::LONG},     {"long", DataPt_TYPES::LONG},
-      {"DOUBLE", DataPt_TYPES::DOUBLE}, {"double", DataPt_TYPES::DOUBLE},
-      {"STRING", DataPt_TYPES::STRING}, {"string", DataPt_TYPES::STRING},
-      {"SYMBOL", DataPt_TYPES::SYMBOL}, {"symbol", DataPt_TYPES::SYMBOL},
-      {"MULTI", DataPt_TYPES::MULTI},   {"multi", DataPt_TYPES::MULTI}};
-  const auto found = TYPES.find(word);
-  if (found == TYPES.end()) {
+  auto type = templates::DataPt_TYPES::LONG;
+  if (!look_up(templates::DATA_POINT_TYPES, word, type)) {
     throw std::invalid_argument("Unknown type '" + word + "' for the type map entry '" + entry +
                                 "'.");
   }
-  return found->second;
+  return type;
 }
 
 }  // namespace qorn::xml

@@ -3,6 +3,7 @@
 #include <string_view>
 
 namespace qorn::xml {
+#pragma GCC visibility push(hidden)
 
 /// What libxml2 must not meet, looked for in the bytes of a document. Each gives the line of the
 /// first one, counted from 1, or 0 for none.
@@ -15,4 +16,5 @@ long crowded_element(std::string_view content);
 /// such bytes, have one among the first four and give 0.
 long line_of_nul(std::string_view content);
 
+#pragma GCC visibility pop
 }  // namespace qorn::xml

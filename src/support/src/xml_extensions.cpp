@@ -1,22 +1,28 @@
 #include <qorn/config.h>
+#include <qorn/detail/notes.h>
 #include <qorn/fwd.h>
 #include <qorn/log/error_log.h>
-#include <qorn/str.h>
+#include <qorn/written_path.h>
 #include <qorn/xml.h>
 
 namespace qorn::xml {
 namespace {
 
-/// The texts of the entry children of `node`; false, after one line, when one is empty.
-bool read_entries(const xmlNode* node, std::vector<std::string>& entries) {
-  entries = get_str_list(node, "entry");
-  for (const std::string& entry : entries) {
-    if (entry.empty()) {
+/// Hands the entry children of `node` over, with their texts; false, after one line and with none
+/// handed over, when one is empty.
+template <typename Take>
+bool take_entries(const xmlNode* node, Take take) {
+  const std::vector<xmlNode*> entries = get_child_nodes(node, "entry");
+  for (const xmlNode* entry : entries) {
+    if (content_of(entry).empty()) {
       log::ErrorLog(log::level::ERROR).stream()
           << to_string(place_of(node)) << ": an entry of the element <" << name_of(node)
           << "> is empty";
       return false;
     }
+  }
+  for (const xmlNode* entry : entries) {
+    take(content_of(entry), entry);
   }
   return true;
 }
@@ -25,56 +31,38 @@ bool read_entries(const xmlNode* node, std::vector<std::string>& entries) {
 
 bool parse_pproc_tag(const xmlNode* node, std::vector<PostprocessorExtension>& extensions,
                      Config& config) {
-  std::vector<std::string> entries;
-  if (!read_entries(node, entries)) {
+  if (!take_entries(node, [&](const std::string& entry, const xmlNode* /*element*/) {
+        extensions.push_back({entry});
+      })) {
     return false;
   }
-  for (std::string& entry : entries) {
-    extensions.push_back({std::move(entry)});
-  }
-  std::string file;
-  if (get_attr(node, "config_file", file)) {
-    std::string directory = config.root + "/etc/postprocessor";
-    get_attr(node, "config_path", directory);
-    config.postproc_config_files.push_back(str::wordexp(directory + "/" + file));
+  if (const auto file = attribute_of(node, "config_file")) {
+    const std::string path =
+        written_path::postprocessor(*file, attribute_of(node, "config_path"), config.root);
+    detail::note_named({DocumentKind::TABLE, *file, path, place_of(node)});
+    config.postproc_config_files.push_back(path);
   }
   return true;
 }
 
 bool parse_aExt_tag(const xmlNode* node, Fwd& fwd, Config& /*config*/) {
-  std::vector<std::string> entries;
-  if (!read_entries(node, entries)) {
-    return false;
-  }
-  for (std::string& entry : entries) {
-    fwd.analyzer_extensions.insert({std::move(entry)});
-  }
-  return true;
+  return take_entries(node, [&](const std::string& entry, const xmlNode* /*element*/) {
+    fwd.analyzer_extensions.insert({entry});
+  });
 }
 
 bool parse_msg_tag(const xmlNode* node, Fwd& fwd, Config& /*config*/) {
-  std::vector<std::string> entries;
-  if (!read_entries(node, entries)) {
-    return false;
-  }
-  for (std::string& entry : entries) {
-    fwd.message_catalogs.push_back({std::move(entry)});
-  }
-  return true;
+  return take_entries(node, [&](const std::string& entry, const xmlNode* /*element*/) {
+    fwd.message_catalogs.push_back({entry});
+  });
 }
 
 bool parse_msg_schema_tag(const xmlNode* node, Fwd& /*fwd*/, Config& config) {
-  std::vector<std::string> entries;
-  if (!read_entries(node, entries)) {
-    return false;
-  }
-  for (const std::string& entry : entries) {
-    // What the text begins with once it is expanded decides, so that "~" and variables work.
-    const std::string expanded = str::wordexp(entry);
-    config.message_schema_files.push_back(
-        expanded.rfind('/', 0) == 0 ? expanded : str::wordexp(config.root + "/kb/data/" + entry));
-  }
-  return true;
+  return take_entries(node, [&](const std::string& entry, const xmlNode* element) {
+    const std::string path = written_path::message_schema(entry, config.root);
+    detail::note_named({DocumentKind::MESSAGE_SCHEMA, entry, path, place_of(element)});
+    config.message_schema_files.push_back(path);
+  });
 }
 
 }  // namespace qorn::xml

@@ -5,7 +5,7 @@
 #include <qorn/str.h>
 #include <qorn/xml/xpath.h>
 
-#include "xml_errors.h"
+#include "xml_error_handler.h"
 
 namespace qorn::xml {
 namespace {
@@ -14,31 +14,15 @@ struct ObjectDeleter {
   void operator()(xmlXPathObject* object) const { xmlXPathFreeObject(object); }
 };
 
-/// Notes the errors of an evaluation. Without memory libxml2 finds nothing and goes on.
-class ErrorWatch {
+/// Notes whether an evaluation has errors. Without memory libxml2 finds nothing and goes on.
+class ErrorWatch final : public ErrorHandler {
  public:
-  ErrorWatch() : handlers_(this, &ErrorWatch::take, &ErrorWatch::take_words) {}
-
-  void check_memory() const {
-    if (out_of_memory_) {
-      throw std::bad_alloc();
-    }
-  }
   bool has_error() const { return has_error_; }
 
  private:
-  static void take(void* self, xmlError* error) {
-    auto* watch = static_cast<ErrorWatch*>(self);
-    watch->has_error_ = true;
-    watch->out_of_memory_ = watch->out_of_memory_ || error->code == XML_ERR_NO_MEMORY;
-  }
-  static void take_words(void* self, const char* /*format*/, ...) {
-    static_cast<ErrorWatch*>(self)->out_of_memory_ = true;
-  }
+  void take(const xmlError& /*error*/) override { has_error_ = true; }
 
   bool has_error_ = false;
-  bool out_of_memory_ = false;
-  ErrorHandlers handlers_;
 };
 
 }  // namespace

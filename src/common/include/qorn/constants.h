@@ -2,12 +2,10 @@
 
 #include <array>
 #include <cstdint>
-#include <functional>
-#include <map>
-#include <string>
 
-/// Words and numbers that the whole suite shares. Every table is constant and case-sensitive:
-/// a word outside a table is not found, and looking it up never adds it.
+#include <qorn/word_table.h>
+
+/// Words and numbers that the whole suite shares.
 namespace qorn {
 
 inline constexpr const char* DEFAULT_SUBCLUSTER = "default-subcluster";
@@ -51,8 +49,19 @@ enum class Encoding : int { NONE, BASE64, RAW };
 
 enum class Architecture : int { X86_64 = 1, ANY = 2 };
 
+inline constexpr Word<Architecture> ARCHITECTURES[] = {{"x86_64", Architecture::X86_64},
+                                                       {"X86_64", Architecture::X86_64},
+                                                       {"qorn64", Architecture::X86_64},
+                                                       {"any", Architecture::ANY},
+                                                       {"ANY", Architecture::ANY}};
+
 /// Whether the nodes of one run of a provider must be of one architecture.
 enum class ClusterType : int { UNIFORM = 1, ANY = 2 };
+
+inline constexpr Word<ClusterType> CLUSTER_TYPES[] = {{"uniform", ClusterType::UNIFORM},
+                                                      {"UNIFORM", ClusterType::UNIFORM},
+                                                      {"any", ClusterType::ANY},
+                                                      {"ANY", ClusterType::ANY}};
 
 /// A severity's number in rules documents and the range of severities that it covers.
 struct Severity {
@@ -60,9 +69,6 @@ struct Severity {
   int upper_bound;
   int lower_bound;
 };
-
-template <typename Value>
-using WordTable = std::map<std::string, Value, std::less<>>;
 
 extern const WordTable<nodelist_method_t> NODELIST_METHODS;
 extern const WordTable<Severity> SEVERITIES;

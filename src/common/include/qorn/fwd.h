@@ -109,7 +109,8 @@ struct FwdNode : std::enable_shared_from_this<FwdNode> {
   /// A tree copy below `parent` (may be null). All groups of a node become one group without
   /// attributes, a node without members has none, and a node that the graph shares is copied
   /// once for every way that leads to it. Throws std::runtime_error that names the definition
-  /// when the trees of one run would have more than 1,000,000 nodes.
+  /// when the trees of one run, outside of one those of one call, would have more than 1,000,000
+  /// nodes.
   std::shared_ptr<FwdNode> clone_impl(std::shared_ptr<FwdNode> parent);
 
   /// The lines of the tree below this node, the node's own first, for qorn::str::format_tree.

@@ -4,10 +4,15 @@
 #include <string>
 #include <vector>
 
+#include <qorn/word_table.h>
+
 namespace qorn {
 
 /// How the operands of a control statement are combined.
 enum class CONTROL_TYPE : int { OR = 0, AND = 1, NOT = 2, NONE = 255 };
+
+inline constexpr Word<CONTROL_TYPE> CONTROL_TYPES[] = {
+    {"or", CONTROL_TYPE::OR}, {"and", CONTROL_TYPE::AND}, {"not", CONTROL_TYPE::NOT}};
 
 /// A condition on one slot of a class of data.
 struct Slot {

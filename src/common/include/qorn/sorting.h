@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <qorn/word_table.h>
+
 namespace qorn {
 
 /// One sort key of the analyzer's output.
@@ -14,10 +16,13 @@ struct Sorting {
   FIELD field;
 };
 
+inline constexpr Word<Sorting::FIELD> SORT_FIELDS[] = {{"id", Sorting::FIELD::ID},
+                                                       {"node", Sorting::FIELD::NODE},
+                                                       {"severity", Sorting::FIELD::SEVERITY}};
+
 namespace enums {
 
-/// The sort field of the words "id", "node" and "severity".
-/// Throws std::invalid_argument for any other word.
+/// The sort field of a word. Throws std::invalid_argument for a word that stands for none.
 Sorting::FIELD convert_sorting_field(const std::string& name);
 
 }  // namespace enums

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,6 +31,40 @@ std::string get_default_path();
 /// then left as it was.
 bool read_nodefile(const std::string& file, Nodelist& list);
 
+/// Why a node file can't be used.
+struct LineFault {
+  std::size_t line = 0;  // from 1; 0: the file can't be read
+  std::string reason;
+};
+
+/// A line of a node file that names hosts. Its views are into the text of the file.
+struct NodeLine {
+  std::size_t number = 0;               // from 1
+  std::string_view hosts;               // as written, for for_each_host
+  std::vector<std::string_view> roles;  // as written, in order
+  std::string_view subcluster;          // empty for none
+};
+
+/// A node file in which no line has a fault.
+struct NodeLines {
+  std::string text;
+  std::size_t hosts = 0;  // that its lines name, together
+};
+
+/// Reads and checks a node file as read_nodefile does, but logs nothing and takes `path` as it
+/// stands. Calls `take_fault` with the first fault of each line, in their order, or with the one
+/// of the whole file; then it gives nothing.
+std::optional<NodeLines> read_lines(const std::string& path,
+                                    const std::function<void(const LineFault&)>& take_fault);
+
+/// Calls `take` with each line that names hosts, in their order. The line lives as long as the
+/// call.
+void for_each_line(const NodeLines& lines, const std::function<void(const NodeLine&)>& take);
+
+/// Sorts the role words of a node. When none of them is one of NODE_ROLES, "compute" comes behind
+/// them.
+void complete_roles(std::vector<std::string>& roles);
+
 /// Appends the nodes that the resource manager's environment reports, each host once, in order,
 /// with the role "compute". The first variable of SLURM_JOB_NODELIST, PBS_NODEFILE,
 /// LSB_DJOB_HOSTFILE, PE_HOSTFILE and LSB_HOSTS that is set and not empty counts. A value or a
@@ -37,17 +72,29 @@ bool read_nodefile(const std::string& file, Nodelist& list);
 /// node.
 void discoverNodes(std::vector<Node>& nodes);
 
+/// How many hosts a text names, or why it can't be used.
+struct HostCount {
+  std::size_t hosts = 0;
+  std::string reason;  // empty for a good text
+};
+
 /// Checks `hosts`, host names and folded names such as node[01-16,20] joined by commas, and
-/// counts the names that come out, without making them. Returns false, with the reason, when
-/// `hosts` is malformed, a name is not well-formed, or more than MOST_HOSTS come out.
-bool count_hosts(std::string_view hosts, std::size_t& count, std::string& reason);
+/// counts the names that come out, without making them. It can't be used when it is malformed, a
+/// name is not well-formed, or more than MOST_HOSTS come out.
+HostCount count_hosts(std::string_view hosts);
 
 /// Calls `take` with each host name of `hosts`, which count_hosts has accepted; in a product of
 /// brackets the last one runs fastest. The name lives as long as the call.
 void for_each_host(std::string_view hosts, const std::function<void(std::string_view)>& take);
 
-/// The names of `hosts`, or an empty list and the reason that count_hosts gives.
-std::vector<std::string> expand_hosts(std::string_view hosts, std::string& reason);
+/// The hosts that a text names, or why it can't be used.
+struct HostNames {
+  std::vector<std::string> names;
+  std::string reason;  // empty for a good text
+};
+
+/// The names of `hosts`, or none and the reason that count_hosts gives.
+HostNames expand_hosts(std::string_view hosts);
 
 /// Folds host names: each once, sorted with numbers by length and value, runs of numbers of equal
 /// width united, the last number of a name first. The expansion of the result has the same names,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -85,6 +86,9 @@ bool get_txt(const xmlNode* node, std::string& text);
 
 /// Stores the attribute's value; false, leaving `value` alone, when the attribute is absent.
 bool get_attr(const xmlNode* node, const std::string& name, std::string& value);
+
+/// The attribute's value; none when the attribute is absent.
+std::optional<std::string> attribute_of(const xmlNode* node, const std::string& name);
 
 /// The attribute's value as libxml2 lists it; false when it has none (an empty value).
 bool get_attr_value(const xmlAttr* attribute, std::string& value);

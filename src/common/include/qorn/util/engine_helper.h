@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include <qorn/document_kind.h>
+
 namespace qorn::util {
 
 struct EngineHelper {
@@ -19,7 +21,7 @@ struct AnalyzeConstants {
 
 struct CommonConstants {
   /// Directory of the framework definitions, relative to the installation root.
-  static std::string DEFAULT_FWD_PATH() { return "/etc/fwd/"; }
+  static std::string DEFAULT_FWD_PATH() { return row_of(DocumentKind::FRAMEWORK).place; }
 };
 
 }  // namespace qorn::util

@@ -5,6 +5,7 @@
 
 #include <qorn/config.h>
 #include <qorn/fwd.h>
+#include <qorn/preproc/rule_file.h>
 
 /// CLIPS files, read as text by lines and never run. Regular files of at most 100 MB are read; a
 /// line may have any length and any bytes.
@@ -34,6 +35,13 @@ int parse_clips_rules(const std::string& file, std::set<Rule>& rules, Config& co
 /// a line at level 3. Throws std::runtime_error when one file would add more than 1,000,000 signs.
 void parse_diagnoses(const std::string& file, Config& config);
 
+/// The diagnosis files of an installation, relative to its root, in the order of reading.
+inline constexpr const char* DIAGNOSIS_FILES[] = {"/kb/rules/diagnosis.clp",
+                                                  "/kb/rules/shared_diagnosis.clp"};
+
+/// Reads those under config.root.
+void parse_installed_diagnoses(Config& config);
+
 /// The first quoted text without white space, at its longest, without its quotes; empty when there
 /// is none.
 std::string match_quotes(const std::string& text);
@@ -41,20 +49,5 @@ std::string match_quotes(const std::string& text);
 /// The value of the first id slot of a line, such as (id "A"). Empty when there is none, and for a
 /// line with a negated condition.
 std::string find_id(const std::string& text);
-
-/// While one lives, a rule file is read and scanned once for a directory, and what it brings is
-/// brought again each time it is named. Everything is dropped with it: a file that changes is seen
-/// by the next run. The registrations by variables are counted from its start. Scopes nest; the
-/// outermost counts.
-class RunScope {
- public:
-  RunScope();
-  RunScope(const RunScope&) = delete;
-  RunScope& operator=(const RunScope&) = delete;
-  ~RunScope();
-
- private:
-  bool is_outermost_;
-};
 
 }  // namespace qorn::preproc::clips_parser

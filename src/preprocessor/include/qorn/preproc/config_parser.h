@@ -21,6 +21,10 @@ class ConfigParser {
   /// through what parse_tag_config throws.
   int parse_configuration_xml(Config& config);
 
+  /// Reads the sections of a main document in the order of a run, up to the first that fails;
+  /// `root` may be null, which stands for an empty document.
+  int parse_sections(xmlNode* root, Config& config);
+
   // The sections of the main document, each in its own operation.
   int parse_tag_postproc(xmlNode* root, Config& config);
   int parse_tag_fwd(xmlNode* root, Config& config);

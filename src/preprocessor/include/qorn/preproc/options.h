@@ -15,7 +15,7 @@ namespace qorn::preproc {
 class Options {
  public:
   static constexpr int LONG_OPTIONS = 28;
-  static const option longopts[LONG_OPTIONS];
+  static const option (&longopts)[LONG_OPTIONS];  // the last row is all zero
 
   Options();
 

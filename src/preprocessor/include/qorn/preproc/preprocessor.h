@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,16 @@
 #include <qorn/preproc/run_scope.h>
 
 namespace qorn::preproc {
+
+/// What a run reads its documents for, in this order.
+enum class DocumentStep : int {
+  MAIN_DOCUMENT,
+  DEFAULT_FRAMEWORKS,
+  TYPE_MAP,
+  FRAMEWORKS,  // with rule files, postprocessor and knowledge base documents
+  MESSAGE_SCHEMAS,
+  PROVIDERS
+};
 
 /// The preparation stage: one call of Run, once for a process, fills the record.
 class Preprocessor {
@@ -38,6 +49,15 @@ class Preprocessor {
 
   /// What the last Run noticed beyond its messages.
   const RunNotes& notes() const { return notes_; }
+
+  /// What Run begins with: defaults, paths, the command line and, when that asks for no printing
+  /// request, the environment. Gives the status of ProcessCommand.
+  int take_command_line(Config& config, int argc, char** argv);
+
+  /// Reads the documents of a run up to and with the step `last`. Gives the step that failed, after
+  /// its reason; nothing when all went well.
+  std::optional<DocumentStep> read_documents(Config& config,
+                                             DocumentStep last = DocumentStep::PROVIDERS);
 
   /// The handler of SIGINT: writes a line to the output streams and exits with the signal's
   /// number.
@@ -109,7 +129,6 @@ class Preprocessor {
 
  private:
   int run_pipeline(Config& config, int argc, char** argv);
-  int read_documents(Config& config);
   int open_datastores(Config& config);
 
   RunNotes notes_;
