@@ -4,7 +4,7 @@
 
 #include <libxml/xmlerror.h>
 
-/// What differs between the versions of libxml2, from 2.9.13 to 2.16.
+/// What differs between the versions of libxml2.
 namespace qorn::xml {
 #pragma GCC visibility push(hidden)
 
