@@ -36,7 +36,6 @@ fi
 
 # Longer than this a source holds more than one thing, unless a reason stands here.
 declare -A reason=(
-  [tests/inspect_test.cpp]="cases as data: the faults that check finds, each with its output"
   [tests/node_group_test.cpp]="cases as data: documents and the groups that come of them"
 )
 while read -r lines file; do

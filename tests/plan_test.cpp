@@ -23,6 +23,7 @@ TEST(Plan, ShowsTheWholeRunAtAGlance) {
       {Note::Kind::RULE_FILES, "/q/d", "", "base", {"/q/base.xml", 7}, {"a.clp", "b.clp"}},
       {Note::Kind::REPORT, "/q/r.xml", "", "", {}, {}},
       {Note::Kind::SILENT_RULES, "/q/gone.clp", "", "base", {}, {}}};
+  notes.dropped.passed_over = 2;
   EXPECT_EQ(plan_text(example::Record(), notes), R"(Plan of the run
   Command line:  qorn-collect -f nodes -F base
   Stages:        collect
@@ -76,18 +77,21 @@ Signs: 1
 Rules to generate: 1
   CPU  slow  critical  on node1  not(speed ge 2000)
 
-Passed over: 4
+Passed over: 5
   provider lost: no usable document /q/etc/providers/lost.xml (named by cpu)
   rule file /q/gone.clp: no rule (named by cpu, base)
   rule file /q/d: can't be read (named by base, /q/base.xml:7; because of it not scanned: a.clp, b.clp)
   report /q/r.xml: not read, since a table document is named as well
+  and up to 2 more
 )");
 }
 
 TEST(Plan, LeavesOutWhatTheRunDoesNotHave) {
   Config config;
   config.operations = operation::ANALYZE | operation::ANALYZE_ENGINE;
-  EXPECT_EQ(plan_text(config),
+  RunNotes notes;
+  notes.dropped = {.opened = 7, .named = 8, .passed_over = 0, .settings = 9};
+  EXPECT_EQ(plan_text(config, notes),
             "Plan of the run\n  Command line:\n  Stages:        analyze\n  Installation:\n\n"
             "Nodes: 0\n  none given: they come from the database\n");
 }

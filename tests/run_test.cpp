@@ -272,6 +272,19 @@ TEST(Run, AFailingProviderLeavesTheMapAndStaysInItsGroup) {
   EXPECT_TRUE(contains(result.errors, "missing.xml' (2): No such file or directory\n"));
 }
 
+TEST(Run, NotesThatAreNotKeptAreCountedForTheirList) {
+  const Installation installation;
+  const preproc::RunScope scope(1);
+  constexpr fs::Readable ANY{fs::Readable::Kinds::ALL, 1000, ""};
+  EXPECT_TRUE(fs::read_file(installation.nodes, ANY).was_read());
+  EXPECT_FALSE(fs::read_file(installation.path("missing"), ANY).was_read());
+  EXPECT_TRUE(fs::read_file(installation.path("etc/fwd/base.xml"), ANY).was_read());
+  const RunNotes& notes = scope.notes();
+  EXPECT_EQ(notes.opened, std::vector<std::string>{installation.nodes});
+  EXPECT_EQ(notes.dropped.opened, 1U);
+  EXPECT_EQ(notes.dropped.named + notes.dropped.passed_over + notes.dropped.settings, 0U);
+}
+
 TEST(Run, AnInterruptEndsTheProcessWithItsNumber) {
   const auto interrupted = [] {
     std::cout.setstate(std::ios::failbit);  // the request's own output doesn't matter

@@ -55,8 +55,8 @@ std::vector<std::string> passed_over(const RunNotes& notes) {
     const std::vector<std::string>& by = namers.at(fact);
     fact.append(by.empty() ? "" : concat({" (named by ", joined(by, ", "), ")"}));
   }
-  if (notes.dropped > 0) {
-    facts.push_back("and up to " + std::to_string(notes.dropped) + " more");
+  if (const std::size_t more = notes.dropped.passed_over; more > 0) {
+    facts.push_back("and up to " + std::to_string(more) + " more");
   }
   return facts;
 }

@@ -80,7 +80,7 @@ void check_content(const std::string& path, DocumentKind kind, const xml::Docume
   }
   const auto references = references_of(kind, doc, survey.root);
   survey.references.insert(survey.references.end(), references.begin(), references.end());
-  if (kind == DocumentKind::MAIN) {
+  if (path == installed_place(DocumentKind::MAIN, survey.root)) {
     survey.main_references = references;
   }
   for (const Reference& reference : references) {
@@ -139,7 +139,7 @@ void add_files(const Question& question, const std::vector<std::string>& named, 
   if (!question.node_group_file.empty()) {
     survey.files[fs::abspath(question.node_group_file)] = DocumentKind::GROUPS;
   }
-  survey.files.emplace(survey.root + "/etc/qorn.xml", DocumentKind::MAIN);
+  survey.files.emplace(installed_place(DocumentKind::MAIN, survey.root), DocumentKind::MAIN);
 }
 
 /// Reads each document once; one may add others that it names.

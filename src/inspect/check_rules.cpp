@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <stdexcept>
 
 #include <qorn/fs.h>
 #include <qorn/preproc/clips_parser.h>
@@ -47,7 +48,7 @@ class RuleLines {
   static std::vector<Step> steps_of(const std::string& path, const std::string& directory) {
     try {
       return preproc::clips_parser::scan_rule_file(path, directory)->steps;
-    } catch (const std::exception&) {
+    } catch (const std::runtime_error&) {
       return {};  // the scan of a run says it
     }
   }

@@ -125,7 +125,7 @@ void print_vertex(const Vertex& vertex, std::size_t number) {
 
 void load_all(FrameworkGraph& graph, const std::string& root) {
   for (const std::string& path : installed_files(root)) {
-    if (path.starts_with(root + "/etc/fwd/")) {
+    if (path.starts_with(installed_place(DocumentKind::FRAMEWORK, root))) {
       graph.load(path);
     }
   }

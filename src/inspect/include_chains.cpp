@@ -24,24 +24,18 @@ void add_ways(std::size_t& ways, std::size_t more) {
 IncludeChains::IncludeChains(const Config& config, const RunNotes& notes)
     : config_(config), notes_(notes) {
   put_in_order();
-  for (const Reference& reference : notes.named) {
-    if (reference.kind == DocumentKind::FRAMEWORK) {
-      includes_.emplace(reference.path, &reference);
-    }
-  }
+  find_includes();
   count_ways();
   name_origins();
 }
 
 void IncludeChains::put_in_order() {
-  std::map<std::string, std::string> paths;  // by the name under which a file is opened
   for (const auto& [path, fwd] : config_.fwds->by_path) {
-    paths.emplace(written_path::plain_file(path), path);
-    paths.emplace(path, path);
+    paths_.emplace(written_path::plain_file(path), path);
   }
   for (const std::string& opened : notes_.opened) {
-    const auto found = paths.find(opened);
-    if (found != paths.end() && order_.emplace(found->second, order_.size()).second) {
+    const auto found = paths_.find(opened);
+    if (found != paths_.end() && order_.emplace(found->second, order_.size()).second) {
       in_order_.push_back(found->second);
     }
   }
@@ -50,10 +44,10 @@ void IncludeChains::put_in_order() {
 std::vector<std::string> IncludeChains::lines_of(const std::string& path) const {
   std::vector<std::string> lines;
   std::string at = path;
-  for (const Reference* include = first_include(at); include != nullptr;
+  for (const Include* include = first_include(at); include != nullptr;
        include = first_include(at)) {
-    lines.push_back("included by " + to_string(include->place));
-    at = include->place.file;
+    lines.push_back("included by " + to_string(include->reference->place));
+    at = include->from;
   }
   lines.push_back(origins_.at(at));
   std::reverse(lines.begin(), lines.end());
@@ -69,14 +63,21 @@ std::vector<std::string> IncludeChains::lines_of(const std::string& path) const 
   return lines;
 }
 
-/// The include by which a run reaches the definition first; null when it is asked for first.
-const Reference* IncludeChains::first_include(const std::string& path) const {
-  const auto found = includes_.find(path);
-  if (found == includes_.end()) {
-    return nullptr;
+void IncludeChains::find_includes() {
+  for (const Reference& reference : notes_.named) {
+    const auto from = paths_.find(reference.place.file);
+    if (reference.kind == DocumentKind::FRAMEWORK && from != paths_.end()) {
+      includes_.emplace(reference.path, Include{&reference, from->second});
+    }
   }
-  const auto includer = order_.find(found->second->place.file);
-  return includer != order_.end() && includer->second < order_.at(path) ? found->second : nullptr;
+}
+
+/// The include by which a run reaches the definition first; null when it is asked for first.
+const IncludeChains::Include* IncludeChains::first_include(const std::string& path) const {
+  const auto found = includes_.find(path);
+  return found != includes_.end() && order_.at(found->second.from) < order_.at(path)
+             ? &found->second
+             : nullptr;
 }
 
 // The last of the ready nodes include and are not included: ways flow down from there.

@@ -22,16 +22,24 @@ class IncludeChains {
   std::vector<std::string> lines_of(const std::string& path) const;
 
  private:
+  /// What names a definition first, and the path of the definition that it stands in.
+  struct Include {
+    const Reference* reference;
+    std::string from;
+  };
+
   void put_in_order();
-  const Reference* first_include(const std::string& path) const;
+  void find_includes();
+  const Include* first_include(const std::string& path) const;
   void count_ways();
   void name_origins();
 
   const Config& config_;
   const RunNotes& notes_;
   std::vector<std::string> in_order_;
-  std::map<std::string, std::size_t> order_;          // of a path in in_order_
-  std::map<std::string, const Reference*> includes_;  // the first one, by the included path
+  std::map<std::string, std::size_t> order_;  // of a path in in_order_
+  std::map<std::string, std::string> paths_;  // of all definitions, by the names of opened files
+  std::map<std::string, Include> includes_;   // by the included path
   std::map<std::string, std::size_t> ways_;
   std::map<std::string, std::string> origins_;
 };

@@ -26,13 +26,13 @@ namespace {
 
 using Arguments = std::vector<std::string>;
 
-/// The documents right below `directory`, which may be missing.
+/// The documents right below `directory`, which ends in a slash and may be missing.
 std::vector<std::string> documents_in(const std::string& directory) {
   std::vector<std::string> paths;
   try {
     for (const std::string& name : fs::list_files(directory)) {
       if (name.ends_with(".xml")) {
-        paths.push_back(directory + "/" + name);
+        paths.push_back(directory + name);
       }
     }
   } catch (const std::exception&) {
@@ -43,14 +43,14 @@ std::vector<std::string> documents_in(const std::string& directory) {
 
 void list_frameworks(const Arguments& /*arguments*/) {
   const std::string root = node::get_default_path();
-  for (const std::string& path : documents_in(root + "/etc/fwd")) {
+  for (const std::string& path : documents_in(installed_place(DocumentKind::FRAMEWORK, root))) {
     std::cout << str::printable(written_path::framework_name(path)) << '\n';
   }
 }
 
 void list_providers(const Arguments& /*arguments*/) {
   const std::string root = node::get_default_path();
-  for (const std::string& path : documents_in(root + "/etc/providers")) {
+  for (const std::string& path : documents_in(installed_place(DocumentKind::PROVIDER, root))) {
     std::vector<xml::Fault> faults;
     if (kind_of(path, root, xml::read_document(path, faults)) == DocumentKind::PROVIDER) {
       std::cout << str::printable(std::filesystem::path(path).stem().string()) << '\n';
@@ -101,14 +101,22 @@ class FilesOfRun {
     note_schemas();
   }
 
-  void print() {
+  void print_opened() {
     for (const std::string& path : notes_.opened) {
       if (path == group_file_) {
         print_stores();  // a run opens them ahead of the groups
       }
       print(path, reason_of(path));
     }
-    print_stores();
+  }
+
+  void print_stores() {
+    for (const datastore::DataStoreConfig& store : config_.datastores) {
+      std::string source;
+      bool read_only = false;
+      datastore::parse_sqlite_params(store.parameters, source, read_only);
+      print(fs::abspath(str::wordexp(source)), "datastore " + store.name);
+    }
   }
 
  private:
@@ -169,15 +177,6 @@ class FilesOfRun {
     }
   }
 
-  void print_stores() {
-    for (const datastore::DataStoreConfig& store : config_.datastores) {
-      std::string source;
-      bool read_only = false;
-      datastore::parse_sqlite_params(store.parameters, source, read_only);
-      print(fs::abspath(str::wordexp(source)), "datastore " + store.name);
-    }
-  }
-
   const Config& config_;
   const RunNotes& notes_;
   const std::string group_file_;
@@ -195,10 +194,12 @@ void list_files(const Arguments& arguments) {
     run.read_nodes();
     run.read_documents();
   } catch (const Trouble&) {
-    FilesOfRun(run).print();
+    FilesOfRun(run).print_opened();
     throw;
   }
-  FilesOfRun(run).print();
+  FilesOfRun files(run);
+  files.print_opened();
+  files.print_stores();
 }
 
 struct ListRow {

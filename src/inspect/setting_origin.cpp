@@ -4,6 +4,7 @@
 #include <list>
 #include <map>
 #include <set>
+#include <stdexcept>
 
 #include <qorn/preproc/preprocessor.h>
 #include <qorn/written_path.h>
@@ -41,15 +42,18 @@ struct Loading {
   std::map<std::string, std::vector<const Note*>> by_name;
 };
 
-/// Takes arguments and sections as far as a run would; false when it would stop there.
-bool read_settings(LoadedRun& run, const std::vector<std::string>& arguments, xmlNode* document) {
+/// Takes arguments and sections as far as a run would get.
+void read_settings(LoadedRun& run, const std::vector<std::string>& arguments, xmlNode* document) {
   try {
     run.take_command_line(arguments);
     auto& parser = run.preprocessor.config_parser;
-    return parser.parse_sections(document, run.config) == 0 &&
-           parser.load_default_fwds(run.config) == 0;
-  } catch (const std::exception&) {
-    return false;
+    if (parser.parse_sections(document, run.config) == 0) {
+      parser.load_default_fwds(run.config);
+    }
+  } catch (const std::logic_error&) {
+    return;  // a number that is none
+  } catch (const std::runtime_error&) {
+    return;  // an argument that is refused, or too much
   }
 }
 

@@ -27,7 +27,7 @@ struct Survey {
   std::map<std::string, DocumentKind> files;  // everything to read, with its kind
   /// The files that documents name, framework definitions' includes and rule files among them.
   std::vector<Reference> references;
-  std::vector<Reference> main_references;  // those of the main document alone
+  std::vector<Reference> main_references;  // those of the installed main document alone
   std::set<std::string> message_ids;       // that message schemas, rules and diagnoses know
   std::vector<Mention> suppressed;         // ids, where suppressions name them
   std::vector<Mention> provider_roles;     // role words, where provider documents name them

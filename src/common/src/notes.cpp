@@ -18,19 +18,20 @@ NoteScope::~NoteScope() {
 
 void note_opened(const std::string& path) {
   if (NoteScope::current != nullptr) {
-    NoteScope::current->keep(&RunNotes::opened, path);
+    NoteScope::current->keep(&RunNotes::opened, &RunNotes::Dropped::opened, path);
   }
 }
 
 void note_named(Reference reference) {
   if (NoteScope::current != nullptr && NoteScope::current->is_new(reference.kind, reference.path)) {
-    NoteScope::current->keep(&RunNotes::named, std::move(reference));
+    NoteScope::current->keep(&RunNotes::named, &RunNotes::Dropped::named, std::move(reference));
   }
 }
 
 void note_passed_over(RunNotes::PassedOver passed_over) {
   if (NoteScope::current != nullptr) {
-    NoteScope::current->keep(&RunNotes::passed_over, std::move(passed_over));
+    NoteScope::current->keep(&RunNotes::passed_over, &RunNotes::Dropped::passed_over,
+                             std::move(passed_over));
   }
 }
 
@@ -41,7 +42,7 @@ void note_setting(RunNotes::Setting setting) {
   if (setting.source.empty() && setting.place.file.empty()) {
     setting.source = SettingSource::current();
   }
-  NoteScope::current->keep(&RunNotes::settings, std::move(setting));
+  NoteScope::current->keep(&RunNotes::settings, &RunNotes::Dropped::settings, std::move(setting));
 }
 
 SettingSource::SettingSource(std::string source)

@@ -19,6 +19,11 @@ namespace {
 
 constexpr const char* DEFAULT_RULE_FILE = "health.clp";
 
+// Directories below the installation root for what a definition doesn't say.
+constexpr const char* KB_PATH = "/kb";
+constexpr const char* PROVIDER_PATH = "/etc/providers";
+constexpr const char* PROVIDER_AUX_PATH = "/provider/share";
+
 /// Reads a text of a definition; 1, with a line at level 3, when that throws.
 int read_text(const xmlNode* node, const char* name, std::string& text) {
   try {
@@ -63,8 +68,8 @@ void FWDParser::set_default_paths(const std::string& fwd_xsd_path, const std::st
 
 void FWDParser::update_defaults(const Config& config) {
   set_default_paths(schema_path(DocumentKind::FRAMEWORK, config.root),
-                    config.root + "/analyzer/qorn64/cpp", config.root + "/kb",
-                    config.root + "/etc/providers", config.root + "/provider/share",
+                    config.root + "/analyzer/qorn64/cpp", config.root + KB_PATH,
+                    config.root + PROVIDER_PATH, config.root + PROVIDER_AUX_PATH,
                     config.root + "/etc");
 }
 
@@ -75,16 +80,14 @@ int FWDParser::compute_name_and_path(Fwd& fwd) {
 }
 
 void FWDParser::set_fwd_paths(const Config& config, Fwd& fwd) {
-  FWDParser usual;
-  usual.update_defaults(config);
-  const auto fill = [](std::string& directory, const std::string& usual_directory) {
+  const auto fill = [&](std::string& directory, const char* usual) {
     if (directory.empty()) {
-      directory = usual_directory;
+      directory = config.root + usual;
     }
   };
-  fill(fwd.kb_path, usual.kb_path);
-  fill(fwd.provider_path, usual.provider_path);
-  fill(fwd.provider_aux_path, usual.provider_aux_path);
+  fill(fwd.kb_path, KB_PATH);
+  fill(fwd.provider_path, PROVIDER_PATH);
+  fill(fwd.provider_aux_path, PROVIDER_AUX_PATH);
   for (std::string& mod : fwd.kb_mods) {
     mod = str::stripws(mod);
     mod = str::wordexp(mod.empty() ? DEFAULT_RULE_FILE : mod);

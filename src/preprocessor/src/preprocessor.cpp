@@ -55,6 +55,19 @@ constexpr Reader READERS[] = {
      [](Preprocessor& self, Config& config) { return self.build_provider_list(config) ? 0 : 1; },
      "No providers found.\n"}};
 
+/// A run under way. Its notes are handed over when it ends, however that comes about.
+class NotedRun {
+ public:
+  explicit NotedRun(RunNotes& notes) : notes_(notes) {}
+  NotedRun(const NotedRun&) = delete;
+  NotedRun& operator=(const NotedRun&) = delete;
+  ~NotedRun() { notes_ = scope_.take_notes(); }
+
+ private:
+  RunNotes& notes_;
+  RunScope scope_;
+};
+
 /// Says what a failed step means for the run; the status that it ends with.
 int fail(DocumentStep step) {
   for (const Reader& reader : READERS) {
@@ -80,15 +93,14 @@ Preprocessor::Preprocessor() {
 int Preprocessor::Run(Config& config, int argc, char** argv) {
   std::signal(SIGINT, terminate);
   log::OutputLog::set_out_streams("", std::ios_base::out | std::ios_base::trunc);
-  const RunScope scope;
-  int status = 1;
+  notes_ = {};
   try {
-    status = run_pipeline(config, argc, argv);
+    const NotedRun run(notes_);
+    return run_pipeline(config, argc, argv);
   } catch (const std::exception& error) {
     log::ErrorLog(log::level::ERROR).stream() << error.what();
+    return 1;
   }
-  notes_ = scope.notes();
-  return status;
 }
 
 int Preprocessor::take_command_line(Config& config, int argc, char** argv) {

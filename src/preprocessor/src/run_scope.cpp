@@ -1,7 +1,7 @@
+#include <qorn/detail/document_scope.h>
 #include <qorn/detail/notes.h>
 #include <qorn/detail/tree_budget.h>
 #include <qorn/preproc/run_scope.h>
-#include <qorn/xml/document.h>
 
 #include "rule_chain.h"
 
@@ -10,7 +10,7 @@ namespace qorn::preproc {
 struct __attribute__((visibility("hidden"))) RunScope::State {
   explicit State(std::size_t most_notes) : notes(most_notes) {}
 
-  xml::RunScope documents;
+  detail::DocumentScope documents;
   clips_parser::RuleFileScope rule_files;
   detail::TreeBudget trees;
   detail::NoteScope notes;
@@ -23,6 +23,10 @@ RunScope::~RunScope() = default;
 
 const RunNotes& RunScope::notes() const {
   return state_->notes.notes();
+}
+
+RunNotes RunScope::take_notes() {
+  return state_->notes.take_notes();
 }
 
 }  // namespace qorn::preproc

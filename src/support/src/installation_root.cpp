@@ -5,6 +5,7 @@
 #include <dlfcn.h>
 
 #include <qorn/detail/notes.h>
+#include <qorn/document_kind.h>
 #include <qorn/fs.h>
 #include <qorn/node.h>
 
@@ -31,7 +32,8 @@ std::string get_default_path() {
   }
   std::string above = directory_above_library();
   std::error_code ignored;
-  if (!above.empty() && std::filesystem::exists(above + "/etc/qorn.xml", ignored)) {
+  if (!above.empty() &&
+      std::filesystem::exists(installed_place(DocumentKind::MAIN, above), ignored)) {
     return above;
   }
   return QORN_PREFIX;

@@ -32,8 +32,4 @@ bool is_about_length(const xmlError& error) {
                      [&](std::string_view word) { return text.find(word) != text.npos; });
 }
 
-bool is_lack_of_memory(const xmlError& error) {
-  return error.code == XML_ERR_NO_MEMORY && !is_about_length(error);
-}
-
 }  // namespace qorn::xml

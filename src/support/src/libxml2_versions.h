@@ -18,11 +18,9 @@ std::size_t look_ahead();
 /// the content refers to, of which later versions only warn, doesn't.
 bool is_warning(const xmlError& error);
 
-/// Whether an error says that something is longer than the parser takes.
+/// Whether an error says that something is longer than the parser takes. Before 2.13 it may have
+/// the number of a lack of memory.
 bool is_about_length(const xmlError& error);
-
-/// Whether memory was lacking. Before 2.13 some of the lengths have that number, too.
-bool is_lack_of_memory(const xmlError& error);
 
 #pragma GCC visibility pop
 }  // namespace qorn::xml

@@ -40,8 +40,14 @@ class ErrorHandler {
 
  private:
   void pass_on(const xmlError& error) {
+    const bool is_long = is_about_length(error);
+    is_too_long_ = is_too_long_ || is_long;
+    if (error.code == XML_ERR_NO_MEMORY && !is_long) {
+      // 2.12 says so, too, once it has refused a value that is too long.
+      out_of_memory_ = out_of_memory_ || !is_too_long_;
+      return;
+    }
     try {
-      out_of_memory_ = out_of_memory_ || is_lack_of_memory(error);
       take(error);
     } catch (const std::bad_alloc&) {
       out_of_memory_ = true;
@@ -54,6 +60,7 @@ class ErrorHandler {
   }
 
   bool out_of_memory_ = false;
+  bool is_too_long_ = false;  // something was
   // Those that were there before.
   void* errors_context_ = xmlStructuredErrorContext;
   xmlStructuredErrorFunc errors_ = xmlStructuredError;

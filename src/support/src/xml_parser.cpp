@@ -11,7 +11,7 @@
 #include "libxml2_versions.h"
 #include "xml_bytes.h"
 #include "xml_faults.h"
-#include "xml_run_scope.h"
+#include "xml_run_state.h"
 
 namespace qorn::xml {
 namespace {
@@ -129,7 +129,11 @@ DocumentPtr parse(xmlParserCtxt& parser, const std::string& content, const std::
     collector.fail("not a well-formed document");
   }
   collector.check_memory();
-  return is_whole ? std::move(doc) : nullptr;
+  if (!is_whole) {
+    return nullptr;
+  }
+  set_url(*doc, xmlStrdup(reinterpret_cast<const xmlChar*>(file.c_str())));
+  return doc;
 }
 
 DocumentPtr parse_content(xmlParserCtxt& parser, std::string& content, const std::string& file,
@@ -152,6 +156,14 @@ DocumentPtr parse_content(xmlParserCtxt& parser, std::string& content, const std
 
 fs::FileText read_bytes(const std::string& path) {
   return fs::read_file(path, DOCUMENT);
+}
+
+void set_url(xmlDoc& doc, xmlChar* url) {
+  if (url == nullptr) {
+    throw std::bad_alloc();
+  }
+  xmlFree(const_cast<xmlChar*>(doc.URL));
+  doc.URL = url;
 }
 
 Refusal refusal_of(std::string_view content) {

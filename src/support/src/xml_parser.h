@@ -36,6 +36,10 @@ struct Progress {
 /// Reads a document's bytes.
 fs::FileText read_bytes(const std::string& path);
 
+/// Takes over what the document is known by: its path as it was opened, where libxml2 writes %20
+/// for a blank.
+void set_url(xmlDoc& doc, xmlChar* url);
+
 /// What a document is refused for before libxml2 gets it.
 Refusal refusal_of(std::string_view content);
 

@@ -8,7 +8,7 @@
 
 #include "xml_faults.h"
 #include "xml_parser.h"
-#include "xml_run_scope.h"
+#include "xml_run_state.h"
 
 namespace qorn::xml {
 namespace {
@@ -119,7 +119,10 @@ std::shared_ptr<Schema> compile_schema(const std::string& xsd, std::vector<Fault
   if (schema->doc == nullptr) {
     return nullptr;
   }
-  FaultCollector collector(str::unescape_blanks(xsd), faults);
+  const std::string file = str::unescape_blanks(xsd);
+  // Its includes are relative to it, and to a URL alone.
+  set_url(*schema->doc, xmlCanonicPath(reinterpret_cast<const xmlChar*>(file.c_str())));
+  FaultCollector collector(file, faults);
   collector.follow_includes();
   SchemaPartReader reader(collector);
   const std::unique_ptr<xmlSchemaParserCtxt, Deleter> parser(

@@ -42,7 +42,7 @@ struct RunNotes {
       ADDS,    // joins what earlier sources made of it
       IGNORED  // an earlier source counts
     };
-    std::string name;    // of the record's field, or config_params.NAME
+    std::string name;    // of the record's field, or config_params.[GROUP/]NAME
     std::string source;  // "command line -f", "environment NAME"; empty for an element
     Place place;         // of an element
     std::string value;   // as it is written
@@ -53,8 +53,14 @@ struct RunNotes {
   std::vector<Reference> named;     // the first time that a path was named, as that kind
   std::vector<PassedOver> passed_over;
   std::vector<Setting> settings;
-  /// What was not kept, of all kinds together.
-  std::size_t dropped = 0;
+  /// How many of each list were not kept.
+  struct Dropped {
+    std::size_t opened = 0;
+    std::size_t named = 0;
+    std::size_t passed_over = 0;
+    std::size_t settings = 0;
+  };
+  Dropped dropped;
 };
 
 }  // namespace qorn

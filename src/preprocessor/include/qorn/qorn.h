@@ -76,6 +76,5 @@
 #include <qorn/xml/document.h>
 #include <qorn/xml/faults.h>
 #include <qorn/xml/parser.h>
-#include <qorn/xml/run_scope.h>
 #include <qorn/xml/schema.h>
 #include <qorn/xml/xpath.h>

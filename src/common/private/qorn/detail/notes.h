@@ -22,12 +22,15 @@ class NoteScope {
 
   const RunNotes& notes() const { return notes_; }
 
+  /// Gives the notes away, which are empty from then on.
+  RunNotes take_notes() { return std::exchange(notes_, {}); }
+
   template <typename Note>
-  void keep(std::vector<Note> RunNotes::*kind, Note note) {
-    if ((notes_.*kind).size() < most_) {
-      (notes_.*kind).push_back(std::move(note));
+  void keep(std::vector<Note> RunNotes::*list, std::size_t RunNotes::Dropped::*dropped, Note note) {
+    if ((notes_.*list).size() < most_) {
+      (notes_.*list).push_back(std::move(note));
     } else {
-      ++notes_.dropped;
+      ++(notes_.dropped.*dropped);
     }
   }
 
@@ -53,7 +56,7 @@ void note_named(Reference reference);
 template <typename Make>
 void note_named(DocumentKind kind, const std::string& path, Make make) {
   if (NoteScope::current != nullptr && NoteScope::current->is_new(kind, path)) {
-    NoteScope::current->keep(&RunNotes::named, make());
+    NoteScope::current->keep(&RunNotes::named, &RunNotes::Dropped::named, make());
   }
 }
 void note_passed_over(RunNotes::PassedOver passed_over);

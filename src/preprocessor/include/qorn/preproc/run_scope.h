@@ -24,6 +24,9 @@ class RunScope {
   /// What was noted while this was the innermost scope.
   const RunNotes& notes() const;
 
+  /// Gives these notes away; what is noted from then on is noted anew.
+  RunNotes take_notes();
+
  private:
   struct State;
   std::unique_ptr<State> state_;

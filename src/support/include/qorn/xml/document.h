@@ -5,5 +5,4 @@
 /// entities is refused. Blanks in a path may be escaped by a backslash.
 #include <qorn/xml/faults.h>
 #include <qorn/xml/parser.h>
-#include <qorn/xml/run_scope.h>
 #include <qorn/xml/schema.h>

@@ -28,4 +28,8 @@ struct ReadOptions {
 DocumentPtr read_document(const std::string& path, std::vector<Fault>& faults,
                           const ReadOptions& options = {});
 
+/// Drops the parser and the schemas that a run keeps, then calls xmlCleanupParser, which frees
+/// libxml2's built-in types under every compiled schema.
+void cleanup_parser();
+
 }  // namespace qorn::xml

@@ -29,7 +29,7 @@ struct Schema {
   std::unique_ptr<xmlSchemaValidCtxt, Deleter> validator;
 };
 
-/// What the outermost RunScope keeps.
+/// What the outermost detail::DocumentScope keeps.
 struct RunState {
   int depth = 0;
   ParserPtr parser;
